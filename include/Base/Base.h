@@ -1,0 +1,18 @@
+// All value types and helpers of the Basic library.
+#pragma once
+#include "eBase.h"
+#include "eArray.h"
+#include "eBoundingBox.h"
+#include "eColorTable.h"
+#include "eMathEngine.h"
+#include "eMatrix4.h"
+#include "eMutex.h"
+#include "eOpPoints.h"
+#include "ePoint.h"
+#include "eRect.h"
+#include "eString.h"
+#include "eTime.h"
+#include "eTriangulator.h"
+#include "eVector2.h"
+#include "eVector3.h"
+#include "eVector4.h"
