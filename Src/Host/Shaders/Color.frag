@@ -1,0 +1,9 @@
+#version 330 compatibility
+
+in vec4 v_color;
+out vec4 fragColor;
+
+void main()
+{
+    fragColor = v_color;
+}

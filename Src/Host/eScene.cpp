@@ -1,0 +1,110 @@
+#include "eScene.h"
+#include "eGLContext.h"
+#include "eMaterial.h"
+#include "eRenderQueueVisitor.h"
+#include <epoxy/gl.h>
+#include <algorithm>
+
+namespace KYR
+{
+namespace Host
+{
+
+eScene::eScene(int width, int height, eSceneMode mode, int projectionType)
+    : m_nWidth(width), m_nHeight(height), m_Canvas(&m_CoordSys), m_Camera(&m_Viewport)
+{
+    m_Viewport.SetSize(width, height);
+    m_CoordSys.GetPrjCoordSys().SetProjectionType(projectionType);
+    m_Camera.SetCoordSys(&m_CoordSys);
+    m_Camera.SetSceneMode(mode);
+    m_Engine.SetCamera(&m_Camera);
+    m_Engine.SetCoordSys(&m_CoordSys);
+    m_Engine.SetGlobeModel(&m_GlobeModel);
+    m_Engine.GetTextureBuffer()->SetSize(width, height);
+    m_bReady = eGLContext::Get().Ensure(width, height);
+}
+
+eScene::~eScene()
+{
+    if (m_bReady)
+        m_Engine.ReleaseResources();
+}
+
+void eScene::Add(eRenderable* effect)
+{
+    if (!effect)
+        return;
+    m_arEffects.push_back(effect);
+    effect->Create(&m_Camera, 0.0, &m_Canvas);
+    if (m_bReady)
+        effect->Initialize(&m_Engine);
+}
+
+void eScene::Remove(eRenderable* effect)
+{
+    m_arEffects.erase(std::remove(m_arEffects.begin(), m_arEffects.end(), effect),
+                      m_arEffects.end());
+}
+
+void eScene::SetClearColor(float r, float g, float b, float a)
+{
+    m_Clear[0] = r;
+    m_Clear[1] = g;
+    m_Clear[2] = b;
+    m_Clear[3] = a;
+}
+
+void eScene::DrawEntry(eRenderQueueEntry const& entry)
+{
+    eRenderQueueVisitor* visitor = m_Engine.GetVisitor();
+    visitor->BeginPass(entry.m_pPass);
+    entry.m_pRenderable->PreRender();
+    entry.m_pRenderable->Render(&m_Engine, &m_RenderSystem, &m_Camera, &m_Viewport);
+    entry.m_pRenderable->PostRender();
+    visitor->EndPass();
+}
+
+void eScene::DrawGroup(eRenderQueueGroup& group)
+{
+    for (auto const& e : group.GetSolids())
+        DrawEntry(e);
+    // Transparent entries go far to near.
+    std::vector<eRenderQueueEntry> sorted = group.GetTransparents();
+    for (auto& e : sorted)
+        e.m_dDepth = e.m_pRenderable->GetSquaredViewDepth(&m_Camera);
+    std::stable_sort(sorted.begin(), sorted.end(),
+                     [](eRenderQueueEntry const& a, eRenderQueueEntry const& b)
+                     { return a.m_dDepth > b.m_dDepth; });
+    for (auto const& e : sorted)
+        DrawEntry(e);
+}
+
+void eScene::RenderFrame()
+{
+    if (!m_bReady)
+        return;
+    eGLContext& context = eGLContext::Get();
+    context.Ensure(m_nWidth, m_nHeight);
+    context.Bind();
+    context.ApplyHostDefaults();
+    glClearColor(m_Clear[0], m_Clear[1], m_Clear[2], m_Clear[3]);
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
+
+    m_Queue.Clear();
+    for (eRenderable* effect : m_arEffects)
+        if (effect->IsVisible())
+            effect->UpdateRenderQueue(&m_Engine, &m_Camera, &m_Viewport, &m_Queue);
+    for (auto& g : m_Queue.GetGroups()) // std::map: rising group number
+        DrawGroup(*g.second);
+    for (auto const& e : m_Queue.GetOverlays())
+        DrawEntry(e);
+    glFinish();
+    m_Engine.AdvanceFrame();
+}
+
+std::vector<unsigned char> eScene::ReadPixels() const { return eGLContext::Get().ReadPixels(); }
+
+bool eScene::SavePNG(std::string const& path) const { return eGLContext::Get().SavePNG(path); }
+
+} // namespace Host
+} // namespace KYR

@@ -1,0 +1,70 @@
+// A scene of the reference host: the engine, camera, coordinate system, queue and
+// render system, and the effects added to it. One RenderFrame draws every effect
+// into the host's frame buffer the way the engine does it.
+#pragma once
+#include "eCamera.h"
+#include "eCoordSys.h"
+#include "eGlobeModel.h"
+#include "eRenderEngine.h"
+#include "eRenderQueue.h"
+#include "eRenderSystem.h"
+#include "eRenderable.h"
+#include <string>
+#include <vector>
+
+namespace KYR
+{
+namespace Host
+{
+
+class eScene
+{
+public:
+    // Creates the GL context (once per process) at the given size.
+    eScene(int width, int height, eSceneMode mode = eSM_GLOBE, int projectionType = PJ_PLATE_CARREE);
+    ~eScene();
+    eScene(eScene const&) = delete;
+    eScene& operator=(eScene const&) = delete;
+
+    bool IsReady() const { return m_bReady; }
+    eRenderEngine& Engine() { return m_Engine; }
+    eCamera& Camera() { return m_Camera; }
+    eViewport& Viewport() { return m_Viewport; }
+    eCoordSys& CoordSys() { return m_CoordSys; }
+    eCanvas& Canvas() { return m_Canvas; }
+    eRenderSystem& RenderSystem() { return m_RenderSystem; }
+    eRenderQueue& Queue() { return m_Queue; }
+    eGlobeModel& GlobeModel() { return m_GlobeModel; }
+
+    // Adds an effect (not owned): Create with camera and canvas, then Initialize.
+    void Add(eRenderable* effect);
+    void Remove(eRenderable* effect);
+    void SetClearColor(float r, float g, float b, float a);
+
+    // One frame: queue every effect, draw the groups in rising number.
+    void RenderFrame();
+    std::vector<unsigned char> ReadPixels() const; // RGBA, row 0 at the top
+    bool SavePNG(std::string const& path) const;
+    int Width() const { return m_nWidth; }
+    int Height() const { return m_nHeight; }
+
+private:
+    void DrawEntry(eRenderQueueEntry const& entry);
+    void DrawGroup(eRenderQueueGroup& group);
+
+    bool m_bReady = false;
+    int m_nWidth, m_nHeight;
+    float m_Clear[4] = {0.0f, 0.0f, 0.0f, 1.0f};
+    eViewport m_Viewport;
+    eCoordSys m_CoordSys;
+    eCanvas m_Canvas;
+    eCamera m_Camera;
+    eGlobeModel m_GlobeModel;
+    eRenderEngine m_Engine;
+    eRenderQueue m_Queue;
+    eRenderSystem m_RenderSystem;
+    std::vector<eRenderable*> m_arEffects;
+};
+
+} // namespace Host
+} // namespace KYR

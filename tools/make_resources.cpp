@@ -1,0 +1,555 @@
+// kyr-make-resources: writes the pictures that effects read below the work path.
+//
+//   kyr-make-resources <work dir>
+//
+// Everything is generated here or copied from the xplanet Earth pictures (Debian package
+// xplanet-images); nothing is downloaded. Written below <work dir>/Resources:
+//   Icons/WGS84-Globe.jpg      day side of the Earth (copy of xplanet's earth.jpg)
+//   Icons/night.jpg            night lights (copy of xplanet's night.jpg)
+//   Icons/elev_bump_4k.jpg     grey elevation picture, 1024 x 512
+//   Weather/wgs84heightbump.jpg the same kind, 512 x 256
+//   Icons/wind.png             64 x 64 streak for wind particles
+//   Icons/flow.png             64 x 64 chevron bands that show a texture flowing along t
+//   Icons/TyphoonPoint.png     64 x 64 typhoon symbol
+//   Icons/TyphoonText.png      32 level badges of 64 x 64 in one row
+//   Icons/colortable1.png      256 x 1 colour ramp
+//   Icons/ScatterPoint.png     1024 x 1024 icon atlas of 32 x 32 tiles, 32 pixels each;
+//                              tile 0 is the highlight icon given to selected points
+
+#if defined(__GNUC__)
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wmissing-field-initializers"
+#pragma GCC diagnostic ignored "-Wsign-compare"
+#pragma GCC diagnostic ignored "-Wunused-parameter"
+#pragma GCC diagnostic ignored "-Wunused-function"
+#pragma GCC diagnostic ignored "-Wimplicit-fallthrough"
+#endif
+#define STB_IMAGE_STATIC
+#define STB_IMAGE_IMPLEMENTATION
+#include <stb_image.h>
+#define STB_IMAGE_WRITE_STATIC
+#define STB_IMAGE_WRITE_IMPLEMENTATION
+#include <stb_image_write.h>
+#define STB_PERLIN_IMPLEMENTATION
+#include <stb_perlin.h>
+#if defined(__GNUC__)
+#pragma GCC diagnostic pop
+#endif
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+double const kPi = 3.14159265358979323846;
+
+char const* const kEarthPicture = "/usr/share/xplanet/images/earth.jpg";
+char const* const kNightPicture = "/usr/share/xplanet/images/night.jpg";
+
+struct RGBA
+{
+    unsigned char r, g, b, a;
+};
+
+// An RGBA canvas with coverage-weighted "over" painting.
+struct Canvas
+{
+    int w, h;
+    std::vector<unsigned char> px;
+    Canvas(int width, int height) : w(width), h(height), px((size_t)width * height * 4, 0) {}
+
+    void Blend(int x, int y, RGBA c, double coverage)
+    {
+        if (x < 0 || y < 0 || x >= w || y >= h || coverage <= 0.0)
+            return;
+        double a = std::min(1.0, coverage) * c.a / 255.0;
+        unsigned char* p = &px[((size_t)y * w + x) * 4];
+        double da = p[3] / 255.0;
+        double oa = a + da * (1.0 - a);
+        if (oa <= 0.0)
+            return;
+        unsigned char const src[3] = {c.r, c.g, c.b};
+        for (int k = 0; k < 3; ++k)
+            p[k] = (unsigned char)std::lround((src[k] * a + p[k] * da * (1.0 - a)) / oa);
+        p[3] = (unsigned char)std::lround(oa * 255.0);
+    }
+
+    bool WritePNG(fs::path const& path) const
+    {
+        return stbi_write_png(path.string().c_str(), w, h, 4, px.data(), w * 4) != 0;
+    }
+};
+
+// Paints a region given by an inside test in pixel space, antialiased with 4 x 4 samples
+// per pixel, over the rectangle [x0, x1) x [y0, y1).
+template <typename Inside>
+void Fill(Canvas& c, int x0, int y0, int x1, int y1, RGBA colour, Inside inside)
+{
+    for (int y = y0; y < y1; ++y)
+        for (int x = x0; x < x1; ++x)
+        {
+            int hits = 0;
+            for (int sy = 0; sy < 4; ++sy)
+                for (int sx = 0; sx < 4; ++sx)
+                    if (inside(x + (sx + 0.5) / 4.0, y + (sy + 0.5) / 4.0))
+                        ++hits;
+            c.Blend(x, y, colour, hits / 16.0);
+        }
+}
+
+bool InPolygon(double x, double y, std::vector<double> const& xy)
+{
+    bool in = false;
+    size_t n = xy.size() / 2;
+    for (size_t i = 0, j = n - 1; i < n; j = i++)
+    {
+        double xi = xy[2 * i], yi = xy[2 * i + 1], xj = xy[2 * j], yj = xy[2 * j + 1];
+        if (((yi > y) != (yj > y)) && (x < (xj - xi) * (y - yi) / (yj - yi) + xi))
+            in = !in;
+    }
+    return in;
+}
+
+std::vector<double> RegularPolygon(int corners, double radius, double innerRadius, double turn)
+{
+    std::vector<double> xy;
+    int n = innerRadius > 0.0 ? corners * 2 : corners;
+    for (int i = 0; i < n; ++i)
+    {
+        double r = (innerRadius > 0.0 && (i % 2)) ? innerRadius : radius;
+        double a = turn + 2.0 * kPi * i / n;
+        xy.push_back(r * std::cos(a));
+        xy.push_back(r * std::sin(a));
+    }
+    return xy;
+}
+
+double Distance(double x, double y, double ax, double ay, double bx, double by)
+{
+    double dx = bx - ax, dy = by - ay;
+    double len2 = dx * dx + dy * dy;
+    double t = len2 > 0.0 ? std::clamp(((x - ax) * dx + (y - ay) * dy) / len2, 0.0, 1.0) : 0.0;
+    double ex = ax + t * dx - x, ey = ay + t * dy - y;
+    return std::sqrt(ex * ex + ey * ey);
+}
+
+bool CopyFile(char const* from, fs::path const& to)
+{
+    std::error_code ec;
+    fs::copy_file(from, to, fs::copy_options::overwrite_existing, ec);
+    if (ec)
+        std::fprintf(stderr, "kyr-make-resources: cannot copy %s to %s: %s\n", from,
+                     to.string().c_str(), ec.message().c_str());
+    return !ec;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Elevation: land and sea are told apart by the colours of the day picture; land height is
+// fractal noise on the sphere (no seam at the date line), raised where the picture is brown
+// or white (deserts, mountains, ice), and the sea floor falls away from the coast.
+// ---------------------------------------------------------------------------------------------
+
+std::vector<float> Elevation(unsigned char const* earth, int ew, int eh, int w, int h)
+{
+    std::vector<float> land((size_t)w * h), height((size_t)w * h);
+    int fx = ew / w, fy = eh / h;
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x)
+        {
+            double r = 0, g = 0, b = 0;
+            for (int j = 0; j < fy; ++j)
+                for (int i = 0; i < fx; ++i)
+                {
+                    unsigned char const* p = earth + ((size_t)(y * fy + j) * ew + x * fx + i) * 3;
+                    r += p[0];
+                    g += p[1];
+                    b += p[2];
+                }
+            double n = fx * fy;
+            r /= n;
+            g /= n;
+            b /= n;
+            double bright = (r + g + b) / 3.0;
+            double landness = std::clamp((std::max(r, g) - b + 12.0) / 30.0, 0.0, 1.0);
+            if (bright > 170.0)
+                landness = 1.0; // ice and snow
+            land[(size_t)y * w + x] = (float)landness;
+
+            double lon = 2.0 * kPi * (x + 0.5) / w - kPi;
+            double lat = kPi / 2 - kPi * (y + 0.5) / h;
+            float sx = (float)(std::cos(lat) * std::cos(lon)),
+                  sy = (float)(std::cos(lat) * std::sin(lon)), sz = (float)std::sin(lat);
+            float ridge =
+                stb_perlin_ridge_noise3(sx * 3.0f, sy * 3.0f, sz * 3.0f, 2.0f, 0.5f, 1.0f, 6);
+            float fbm =
+                stb_perlin_fbm_noise3(sx * 2.0f + 7.1f, sy * 2.0f, sz * 2.0f, 2.0f, 0.5f, 5);
+            double rocky = std::clamp((r - g + 10.0) / 50.0, 0.0, 1.0); // brown, red
+            double ice = std::clamp((bright - 170.0) / 60.0, 0.0, 1.0);
+            double onLand = 50.0 + 70.0 * std::clamp(ridge * 0.6, 0.0, 1.0) +
+                            30.0 * (fbm * 0.5 + 0.5) + 60.0 * rocky + 80.0 * ice;
+            double sea = 18.0 + 10.0 * fbm;
+            height[(size_t)y * w + x] = (float)(sea + (onLand - sea) * landness);
+        }
+    // Soften the coast lines a little.
+    std::vector<float> out(height.size());
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x)
+        {
+            double sum = 0;
+            int n = 0;
+            for (int j = -1; j <= 1; ++j)
+                for (int i = -1; i <= 1; ++i)
+                {
+                    int yy = std::clamp(y + j, 0, h - 1), xx = (x + i + w) % w;
+                    sum += height[(size_t)yy * w + xx];
+                    ++n;
+                }
+            out[(size_t)y * w + x] = (float)(sum / n);
+        }
+    return out;
+}
+
+bool WriteGreyJPEG(fs::path const& path, std::vector<float> const& v, int w, int h)
+{
+    std::vector<unsigned char> grey(v.size());
+    for (size_t i = 0; i < v.size(); ++i)
+        grey[i] = (unsigned char)std::clamp((int)std::lround(v[i]), 0, 255);
+    return stbi_write_jpg(path.string().c_str(), w, h, 1, grey.data(), 92) != 0;
+}
+
+std::vector<float> HalveSize(std::vector<float> const& v, int w, int h)
+{
+    std::vector<float> out((size_t)(w / 2) * (h / 2));
+    for (int y = 0; y < h / 2; ++y)
+        for (int x = 0; x < w / 2; ++x)
+            out[(size_t)y * (w / 2) + x] =
+                0.25f *
+                (v[(size_t)(2 * y) * w + 2 * x] + v[(size_t)(2 * y) * w + 2 * x + 1] +
+                 v[(size_t)(2 * y + 1) * w + 2 * x] + v[(size_t)(2 * y + 1) * w + 2 * x + 1]);
+    return out;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Small pictures
+// ---------------------------------------------------------------------------------------------
+
+// A streak along +x: faint tail on the left, bright head on the right, narrowing to the tail.
+Canvas Wind()
+{
+    Canvas c(64, 64);
+    for (int y = 0; y < 64; ++y)
+        for (int x = 0; x < 64; ++x)
+        {
+            double t = (x + 0.5) / 64.0;
+            double halfWidth = 1.0 + 5.0 * t * t;
+            double d = std::fabs(y + 0.5 - 32.0) / halfWidth;
+            double along =
+                std::clamp((t - 0.04) / 0.9, 0.0, 1.0) * std::clamp((0.99 - t) / 0.05, 0.0, 1.0);
+            double a = along * std::exp(-d * d * 1.5);
+            unsigned char* p = &c.px[((size_t)y * 64 + x) * 4];
+            p[0] = p[1] = p[2] = 255;
+            p[3] = (unsigned char)std::lround(255.0 * std::clamp(a, 0.0, 1.0));
+        }
+    return c;
+}
+
+// White chevron bands across t, repeating four times, for textures that flow along a mesh.
+Canvas Flow()
+{
+    Canvas c(64, 64);
+    for (int y = 0; y < 64; ++y)
+        for (int x = 0; x < 64; ++x)
+        {
+            double phase = (y + 0.5 + std::fabs(x + 0.5 - 32.0) * 0.35) / 16.0;
+            double f = phase - std::floor(phase);
+            double a = std::clamp(1.0 - std::fabs(f - 0.25) / 0.18, 0.0, 1.0);
+            unsigned char* p = &c.px[((size_t)y * 64 + x) * 4];
+            p[0] = p[1] = p[2] = 255;
+            p[3] = (unsigned char)std::lround(255.0 * a);
+        }
+    return c;
+}
+
+// The weather-map typhoon sign: a ring with two hooked arms, turning counter-clockwise.
+void TyphoonSign(Canvas& c, double cx, double cy, double scale, RGBA colour)
+{
+    std::vector<std::vector<double>> arms;
+    for (int arm = 0; arm < 2; ++arm)
+    {
+        std::vector<double> pts;
+        for (int i = 0; i <= 40; ++i)
+        {
+            double t = i / 40.0;
+            double r = (9.0 + 17.0 * t) * scale;
+            double a = arm * kPi + 0.2 + 1.9 * t;
+            pts.push_back(cx + r * std::cos(a));
+            pts.push_back(cy - r * std::sin(a));
+        }
+        arms.push_back(pts);
+    }
+    int x0 = (int)(cx - 30 * scale), x1 = (int)(cx + 30 * scale) + 1;
+    int y0 = (int)(cy - 30 * scale), y1 = (int)(cy + 30 * scale) + 1;
+    Fill(c, x0, y0, x1, y1, colour,
+         [&](double x, double y)
+         {
+             double r = std::hypot(x - cx, y - cy);
+             if (r >= 6.5 * scale && r <= 11.5 * scale)
+                 return true;
+             for (auto const& pts : arms)
+                 for (size_t i = 0; i + 3 < pts.size(); i += 2)
+                 {
+                     double t = (double)i / (pts.size() - 2);
+                     double width = (3.2 - 2.4 * t) * scale;
+                     if (Distance(x, y, pts[i], pts[i + 1], pts[i + 2], pts[i + 3]) <= width)
+                         return true;
+                 }
+             return false;
+         });
+}
+
+Canvas TyphoonPoint()
+{
+    Canvas c(64, 64);
+    TyphoonSign(c, 32.0, 32.0, 1.05, RGBA{255, 255, 255, 200}); // light halo
+    TyphoonSign(c, 32.0, 32.0, 0.95, RGBA{220, 30, 30, 255});
+    return c;
+}
+
+// 5 x 7 digits, one row of bits per line, most significant bit on the left.
+unsigned char const kDigits[10][7] = {
+    {0x0E, 0x11, 0x13, 0x15, 0x19, 0x11, 0x0E}, {0x04, 0x0C, 0x04, 0x04, 0x04, 0x04, 0x0E},
+    {0x0E, 0x11, 0x01, 0x02, 0x04, 0x08, 0x1F}, {0x1F, 0x02, 0x04, 0x02, 0x01, 0x11, 0x0E},
+    {0x02, 0x06, 0x0A, 0x12, 0x1F, 0x02, 0x02}, {0x1F, 0x10, 0x1E, 0x01, 0x01, 0x11, 0x0E},
+    {0x06, 0x08, 0x10, 0x1E, 0x11, 0x11, 0x0E}, {0x1F, 0x01, 0x02, 0x04, 0x08, 0x08, 0x08},
+    {0x0E, 0x11, 0x11, 0x0E, 0x11, 0x11, 0x0E}, {0x0E, 0x11, 0x11, 0x0F, 0x01, 0x02, 0x0C},
+};
+
+void Digit(Canvas& c, int d, int left, int top, int cell, RGBA colour)
+{
+    for (int row = 0; row < 7; ++row)
+        for (int col = 0; col < 5; ++col)
+            if (kDigits[d][row] & (0x10 >> col))
+                for (int y = 0; y < cell; ++y)
+                    for (int x = 0; x < cell; ++x)
+                        c.Blend(left + col * cell + x, top + row * cell + y, colour, 1.0);
+}
+
+RGBA LevelColour(int level)
+{
+    // Green through yellow and red to purple over the 32 levels.
+    static RGBA const stops[5] = {{40, 170, 60, 255},
+                                  {230, 210, 40, 255},
+                                  {240, 120, 30, 255},
+                                  {210, 30, 30, 255},
+                                  {140, 30, 160, 255}};
+    double t = level / 31.0 * 4.0;
+    int i = std::min(3, (int)t);
+    double f = t - i;
+    auto mix = [&](unsigned char a, unsigned char b)
+    { return (unsigned char)std::lround(a + (b - a) * f); };
+    return RGBA{mix(stops[i].r, stops[i + 1].r), mix(stops[i].g, stops[i + 1].g),
+                mix(stops[i].b, stops[i + 1].b), 255};
+}
+
+// Level pictures: column n shows level n as a number on a round badge.
+Canvas TyphoonText()
+{
+    int const cell = 64, columns = 32;
+    Canvas c(cell * columns, cell);
+    for (int level = 0; level < columns; ++level)
+    {
+        double cx = level * cell + cell / 2.0, cy = cell / 2.0;
+        Fill(c, level * cell, 0, (level + 1) * cell, cell, RGBA{255, 255, 255, 255},
+             [&](double x, double y) { return std::hypot(x - cx, y - cy) <= 29.0; });
+        Fill(c, level * cell, 0, (level + 1) * cell, cell, LevelColour(level),
+             [&](double x, double y) { return std::hypot(x - cx, y - cy) <= 26.0; });
+        int const px = 4; // pixels per font dot
+        int digits = level >= 10 ? 2 : 1;
+        int width = digits * 5 * px + (digits - 1) * px;
+        int left = (int)cx - width / 2, top = (int)cy - 7 * px / 2;
+        if (digits == 2)
+        {
+            Digit(c, level / 10, left, top, px, RGBA{255, 255, 255, 255});
+            left += 6 * px;
+        }
+        Digit(c, level % 10, left, top, px, RGBA{255, 255, 255, 255});
+    }
+    return c;
+}
+
+// Dark blue through cyan, green, yellow and red to white; transparent at the low end.
+Canvas ColourTable()
+{
+    static double const stops[6][3] = {{0, 0, 120},   {0, 90, 255},  {0, 220, 220},
+                                       {60, 210, 60}, {250, 230, 0}, {230, 20, 20}};
+    Canvas c(256, 1);
+    for (int i = 0; i < 256; ++i)
+    {
+        double t = i / 255.0 * 5.0;
+        int k = std::min(4, (int)t);
+        double f = t - k;
+        unsigned char* p = &c.px[(size_t)i * 4];
+        for (int ch = 0; ch < 3; ++ch)
+            p[ch] =
+                (unsigned char)std::lround(stops[k][ch] + (stops[k + 1][ch] - stops[k][ch]) * f);
+        p[3] = (unsigned char)std::min(255, i * 4);
+    }
+    return c;
+}
+
+// Shapes of the icon atlas, in units of the icon radius around the tile centre.
+bool InShape(int shape, double x, double y)
+{
+    static std::vector<double> const triangle = {0.0, -1.0, 0.93, 0.72, -0.93, 0.72};
+    static std::vector<double> const star = RegularPolygon(5, 1.0, 0.45, -kPi / 2);
+    static std::vector<double> const hexagon = RegularPolygon(6, 0.95, 0.0, 0.0);
+    double r = std::hypot(x, y);
+    switch (shape)
+    {
+    case 0:
+        return r <= 0.9;
+    case 1:
+        return std::max(std::fabs(x), std::fabs(y)) <= 0.75;
+    case 2:
+        return InPolygon(x, y, triangle);
+    case 3:
+        return InPolygon(x, y, star);
+    case 4:
+        return std::fabs(x) + std::fabs(y) <= 0.95;
+    case 5:
+        return r <= 0.9 && r >= 0.5;
+    case 6:
+        return (std::fabs(x) <= 0.3 && std::fabs(y) <= 0.9) ||
+               (std::fabs(y) <= 0.3 && std::fabs(x) <= 0.9);
+    default:
+        return InPolygon(x, y, hexagon);
+    }
+}
+
+Canvas ScatterAtlas()
+{
+    static RGBA const palette[16] = {
+        {230, 40, 40, 255},   {250, 140, 20, 255}, {245, 215, 30, 255},  {150, 220, 40, 255},
+        {40, 170, 70, 255},   {20, 160, 150, 255}, {30, 210, 230, 255},  {80, 160, 250, 255},
+        {40, 80, 220, 255},   {90, 60, 200, 255},  {160, 60, 210, 255},  {230, 50, 200, 255},
+        {250, 140, 180, 255}, {150, 95, 50, 255},  {150, 150, 150, 255}, {245, 245, 245, 255}};
+    int const tile = 32, grid = 32;
+    double const radius = 13.0;
+    Canvas c(tile * grid, tile * grid);
+    for (int id = 0; id < grid * grid; ++id)
+    {
+        int x0 = (id % grid) * tile, y0 = (id / grid) * tile;
+        double cx = x0 + tile / 2.0, cy = y0 + tile / 2.0;
+        if (id == 0)
+        {
+            // Highlight: a soft glow, a bright ring and a white centre.
+            for (int y = y0; y < y0 + tile; ++y)
+                for (int x = x0; x < x0 + tile; ++x)
+                {
+                    double r = std::hypot(x + 0.5 - cx, y + 0.5 - cy);
+                    c.Blend(x, y, RGBA{255, 230, 80, 255},
+                            0.6 * std::exp(-std::pow((r - 11.0) / 3.5, 2)));
+                }
+            Fill(c, x0, y0, x0 + tile, y0 + tile, RGBA{255, 210, 0, 255},
+                 [&](double x, double y)
+                 {
+                     double r = std::hypot(x - cx, y - cy);
+                     return r >= 9.0 && r <= 12.5;
+                 });
+            Fill(c, x0, y0, x0 + tile, y0 + tile, RGBA{255, 255, 255, 255},
+                 [&](double x, double y) { return std::hypot(x - cx, y - cy) <= 4.5; });
+            continue;
+        }
+        int shape = (id - 1) % 8;
+        RGBA fill = palette[((id - 1) / 8) % 16];
+        Fill(c, x0, y0, x0 + tile, y0 + tile, RGBA{25, 25, 25, 255},
+             [&](double x, double y)
+             { return InShape(shape, (x - cx) / radius, (y - cy) / radius); });
+        Fill(c, x0, y0, x0 + tile, y0 + tile, fill,
+             [&](double x, double y)
+             { return InShape(shape, (x - cx) / (radius * 0.8), (y - cy) / (radius * 0.8)); });
+    }
+    return c;
+}
+
+bool Report(bool ok, fs::path const& path)
+{
+    if (!ok)
+        std::fprintf(stderr, "kyr-make-resources: cannot write %s\n", path.string().c_str());
+    return ok;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (argc != 2)
+    {
+        std::fprintf(stderr, "usage: kyr-make-resources <work dir>\n");
+        return 2;
+    }
+    for (char const* source : {kEarthPicture, kNightPicture})
+        if (!fs::is_regular_file(source))
+        {
+            std::fprintf(stderr,
+                         "kyr-make-resources: %s is missing; install the Debian package "
+                         "xplanet-images\n",
+                         source);
+            return 1;
+        }
+
+    fs::path resources = fs::path(argv[1]) / "Resources";
+    fs::path icons = resources / "Icons", weather = resources / "Weather";
+    std::error_code ec;
+    fs::create_directories(icons, ec);
+    if (!ec)
+        fs::create_directories(weather, ec);
+    if (ec)
+    {
+        std::fprintf(stderr, "kyr-make-resources: cannot create %s: %s\n",
+                     resources.string().c_str(), ec.message().c_str());
+        return 1;
+    }
+
+    bool ok = CopyFile(kEarthPicture, icons / "WGS84-Globe.jpg");
+    ok = CopyFile(kNightPicture, icons / "night.jpg") && ok;
+
+    int ew = 0, eh = 0, ec3 = 0;
+    unsigned char* earth = stbi_load(kEarthPicture, &ew, &eh, &ec3, 3);
+    if (!earth || ew < 1024 || eh < 512)
+    {
+        std::fprintf(stderr,
+                     "kyr-make-resources: %s does not decode as a 1024 x 512 or larger picture\n",
+                     kEarthPicture);
+        if (earth)
+            stbi_image_free(earth);
+        return 1;
+    }
+    std::vector<float> elevation = Elevation(earth, ew, eh, 1024, 512);
+    stbi_image_free(earth);
+    ok = Report(WriteGreyJPEG(icons / "elev_bump_4k.jpg", elevation, 1024, 512),
+                icons / "elev_bump_4k.jpg") &&
+         ok;
+    ok = Report(WriteGreyJPEG(weather / "wgs84heightbump.jpg", HalveSize(elevation, 1024, 512), 512,
+                              256),
+                weather / "wgs84heightbump.jpg") &&
+         ok;
+
+    ok = Report(Wind().WritePNG(icons / "wind.png"), icons / "wind.png") && ok;
+    ok = Report(Flow().WritePNG(icons / "flow.png"), icons / "flow.png") && ok;
+    ok = Report(TyphoonPoint().WritePNG(icons / "TyphoonPoint.png"), icons / "TyphoonPoint.png") &&
+         ok;
+    ok = Report(TyphoonText().WritePNG(icons / "TyphoonText.png"), icons / "TyphoonText.png") && ok;
+    ok = Report(ColourTable().WritePNG(icons / "colortable1.png"), icons / "colortable1.png") && ok;
+    ok = Report(ScatterAtlas().WritePNG(icons / "ScatterPoint.png"), icons / "ScatterPoint.png") &&
+         ok;
+    return ok ? 0 : 1;
+}
