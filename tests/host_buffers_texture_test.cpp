@@ -143,16 +143,16 @@ TEST(HostBuffersImage, BadInputGivesNullWithoutCrashing)
               nullptr);
 }
 
-TEST(HostBuffersImage, WorkPathPrefersTheEnvironmentAndEndsInSlash)
+TEST(HostBuffersImage, WorkPathPrefersTheApplicationThenTheEnvironmentAndEndsInSlash)
 {
     char const* old = std::getenv("KYR_WORK_PATH");
     std::string saved = old ? old : "";
     setenv("KYR_WORK_PATH", "/data/work", 1);
     eSystem::SetWorkPath("/elsewhere");
-    EXPECT_EQ(eSystem::GetWorkPath(), "/data/work/");
-    unsetenv("KYR_WORK_PATH");
     EXPECT_EQ(eSystem::GetWorkPath(), "/elsewhere/");
     eSystem::SetWorkPath("");
+    EXPECT_EQ(eSystem::GetWorkPath(), "/data/work/");
+    unsetenv("KYR_WORK_PATH");
     eString fallback = eSystem::GetWorkPath();
     EXPECT_EQ(fallback.GetAt(fallback.GetLength() - 1), '/');
     if (old)

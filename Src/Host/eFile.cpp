@@ -147,14 +147,16 @@ std::string WithSlash(std::string path)
 
 eString eSystem::GetWorkPath()
 {
-    char const* env = std::getenv("KYR_WORK_PATH");
-    if (env && *env)
-        return eString(WithSlash(env));
+    // The application's own choice (e.g. the gallery's --work-path) comes first, then
+    // the environment, then the build's work folder.
     {
         std::lock_guard<std::mutex> lock(s_workPathMutex);
         if (!s_strWorkPath.empty())
             return eString(s_strWorkPath);
     }
+    char const* env = std::getenv("KYR_WORK_PATH");
+    if (env && *env)
+        return eString(WithSlash(env));
 #ifdef KYR_DEFAULT_WORK_DIR
     return eString(WithSlash(KYR_DEFAULT_WORK_DIR));
 #else
