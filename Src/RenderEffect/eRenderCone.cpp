@@ -93,6 +93,7 @@ eRenderCone::eRenderCone(double radius, double height) : m_pConeGeometry(nullptr
     AddMesh(mesh);
     BuildMaterial();
     m_pConeGeometry = new eConeGeometry(radius, height);
+    m_spGeometryOwner.reset(m_pConeGeometry);
     m_pConeGeometry->SetColor(255, 0, 0, 100);
     m_pConeGeometry->SetSlices(80);
     m_pConeGeometry->SetCap(0);
@@ -100,7 +101,7 @@ eRenderCone::eRenderCone(double radius, double height) : m_pConeGeometry(nullptr
     m_dTexFlowSpeed = 0.005;
 }
 
-// The geometry is not freed here: copies of a cone share it.
+// The geometry outlives this cone while a copy still holds it.
 eRenderCone::~eRenderCone() {}
 
 void eRenderCone::BuildMaterial()

@@ -2,6 +2,7 @@
 #pragma once
 #include "eConeGeometry.h"
 #include "eRenderObject.h"
+#include <memory>
 
 namespace KYR
 {
@@ -39,6 +40,8 @@ private:
     void BuildMesh();
     void BuildMaterial();
     static double s_dTexFlowOffset;
+    // Copies share the geometry as they share its pointer; the last one frees it.
+    std::shared_ptr<eConeGeometry> m_spGeometryOwner;
 };
 
 } // namespace KYR

@@ -26,7 +26,7 @@ eRenderRadarScan::eRenderRadarScan()
     SetMaterial(material);
 }
 
-// The colour table is not freed here; only SetColorTable replaces it.
+// The colour table outlives this object while a copy still holds it.
 eRenderRadarScan::~eRenderRadarScan() {}
 
 unsigned char eRenderRadarScan::Initialize(eRenderEngine* engine)
@@ -53,9 +53,10 @@ unsigned char eRenderRadarScan::Render(eRenderEngine* engine, eRenderSystem* rs,
 
 void eRenderRadarScan::SetColorTable(eString file, int filter)
 {
-    delete m_pColorTable;
+    m_spColorTableOwner.reset();
     m_pColorTable = eTextureOperator::GetSingleton().CreateTexture(file, eTWM_CLAMP_TO_EDGE,
                                                                    (eTextureFilterMode)filter);
+    m_spColorTableOwner.reset(m_pColorTable);
 }
 
 unsigned char eRenderRadarScan::StartRender(eRenderEngine* engine, eRenderSystem* rs,

@@ -2,6 +2,7 @@
 // between two azimuths around the radar position.
 #pragma once
 #include "eRenderObject.h"
+#include <memory>
 
 namespace KYR
 {
@@ -32,6 +33,10 @@ protected:
     float m_fStartVisibleAz;
     float m_fEndVisibleAz;
     eVector3T<float> m_vPosition;
+
+private:
+    // Copies share the colour table as they share its pointer; the last one frees it.
+    std::shared_ptr<eTexture> m_spColorTableOwner;
 };
 
 } // namespace KYR
