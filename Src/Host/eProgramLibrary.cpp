@@ -193,7 +193,7 @@ void eProgramLibrary::Clear()
 
 eRenderProgram* eProgramLibrary::Find(eString const& name)
 {
-    std::string const key = name.Str();
+    std::string const& key = name.Str(); // no copy: the look-up runs every frame
     auto it = m_Programs.find(key);
     if (it != m_Programs.end())
         return it->second.get();

@@ -54,10 +54,36 @@ void eScene::SetClearColor(float r, float g, float b, float a)
     m_Clear[3] = a;
 }
 
+// The engine hands every program it makes current the camera's view and projection
+// (u_viewMatrix, u_projectionMatrix) and the sun (u_sunPosition); effects that send their
+// own overwrite them. Set straight through OpenGL, so the call recorder sees only what the
+// effects send.
+void eScene::ApplyCameraMatrices()
+{
+    GLint program = 0;
+    glGetIntegerv(GL_CURRENT_PROGRAM, &program);
+    if (!program)
+        return;
+    GLint view = glGetUniformLocation((GLuint)program, "u_viewMatrix");
+    GLint projection = glGetUniformLocation((GLuint)program, "u_projectionMatrix");
+    if (view >= 0)
+        glUniformMatrix4fv(view, 1, GL_FALSE, m_Camera.GetRelativeViewMatrix().Ptr());
+    if (projection >= 0)
+        glUniformMatrix4fv(projection, 1, GL_FALSE, m_Camera.GetRelativeProjectionMatrix().Ptr());
+    // The engine's sun, a world position, for programs that light by it.
+    GLint sun = glGetUniformLocation((GLuint)program, "u_sunPosition");
+    if (sun >= 0)
+    {
+        eVector3T<double> const& s = m_Engine.GetSunPosition();
+        glUniform3f(sun, (float)s.x, (float)s.y, (float)s.z);
+    }
+}
+
 void eScene::DrawEntry(eRenderQueueEntry const& entry)
 {
     eRenderQueueVisitor* visitor = m_Engine.GetVisitor();
     visitor->BeginPass(entry.m_pPass);
+    ApplyCameraMatrices();
     entry.m_pRenderable->PreRender();
     entry.m_pRenderable->Render(&m_Engine, &m_RenderSystem, &m_Camera, &m_Viewport);
     entry.m_pRenderable->PostRender();

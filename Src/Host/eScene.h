@@ -49,6 +49,7 @@ public:
     int Height() const { return m_nHeight; }
 
 private:
+    void ApplyCameraMatrices();
     void DrawEntry(eRenderQueueEntry const& entry);
     void DrawGroup(eRenderQueueGroup& group);
 

@@ -1,0 +1,143 @@
+#include "eRenderTraceSet.h"
+#include "eCamera.h"
+#include "eCoordSys.h"
+#include "eDataSetFrame.h"
+#include "eMaterial.h"
+#include "eProgram.h"
+#include "eRenderQueue.h"
+
+namespace KYR
+{
+
+eRenderTraceSet::eRenderTraceSet()
+    : m_bInitialized(0), m_pCamera(nullptr), m_pCanvas(nullptr), m_bEnableDepthTest(0),
+      m_fTransparent(1.0f), m_nCurTraceCount(0), m_pTechnique(nullptr), m_pVertexData(nullptr),
+      m_nVerticesPerPoint(1), m_bUnused(0), m_fSpeedPerFrame(1.0f), m_fCurTime(0.0f),
+      m_fStartTime(0.0f), m_fEndTime(86400.0f), m_fTraceTime(1000.0f), m_nSpatialRefType(0),
+      m_vPosition(0.0, 0.0, 0.0), m_vWorldPosition(0.0, 0.0, 0.0, 0.0)
+{
+}
+
+eRenderTraceSet::~eRenderTraceSet()
+{
+    delete m_pTechnique;
+}
+
+eRenderable::Type eRenderTraceSet::GetType()
+{
+    return eRT_TRACE_SET;
+}
+
+unsigned char eRenderTraceSet::Initialize(eRenderEngine*)
+{
+    if (!m_bInitialized)
+        m_bInitialized = 1;
+    return m_bInitialized;
+}
+
+unsigned char eRenderTraceSet::UnInitialize(eRenderEngine*)
+{
+    m_bInitialized = 0;
+    return 1;
+}
+
+unsigned char eRenderTraceSet::Reset(eRenderEngine* engine)
+{
+    UnInitialize(engine);
+    return 1;
+}
+
+unsigned char eRenderTraceSet::Render(eRenderEngine* engine, eRenderSystem* rs, eCamera* camera,
+                                      eViewport*)
+{
+    if (!m_bInitialized)
+        Initialize(engine);
+    if (m_bVisible)
+        RenderVertexBuffer(engine, rs, camera);
+    m_fCurTime += m_fSpeedPerFrame;
+    return 1;
+}
+
+unsigned char eRenderTraceSet::Create(eCamera* camera, double, eCanvas* canvas)
+{
+    m_pCamera = camera;
+    m_pCanvas = canvas;
+    int mode = eDataSetFrame::SceneMode(camera);
+    eVector4T<double> anchor(m_vPosition, 0.0);
+    m_vWorldPosition = PositionToWorld(m_nSpatialRefType, anchor);
+    if (mode != eSM_GLOBE)
+        return 1;
+    ePoint2D geo(0.0, 0.0);
+    if (m_nSpatialRefType == 0)
+        Eassert("false", __FILE__, __LINE__);
+    else
+        geo = eDataSetFrame::PositionToGeo(canvas, m_nSpatialRefType, m_vPosition.x, m_vPosition.y);
+    m_LocalMatrix = eDataSetFrame::LocalFrame(geo);
+    return 1;
+}
+
+unsigned char eRenderTraceSet::Query(eRenderEngine*, eCamera*, eQueryFilter*, double&)
+{
+    return 1;
+}
+
+unsigned char eRenderTraceSet::UpdateRenderQueue(eRenderEngine*, eCamera*, eViewport*,
+                                                 eRenderQueue* queue)
+{
+    if (!m_pTechnique)
+        m_pTechnique = eDataSetFrame::CreateTechnique(m_strProgram, m_bEnableDepthTest);
+    if (queue)
+        queue->GetQueueGroup(6)->AddSolidTextureRenderable(m_pTechnique, this);
+    return 1;
+}
+
+unsigned char eRenderTraceSet::RenderVertexBuffer(eRenderEngine*, eRenderSystem*, eCamera*)
+{
+    return 1;
+}
+
+unsigned char eRenderTraceSet::UpdateProgram(eRenderEngine*, eRenderSystem*, eCamera* camera,
+                                             eRenderProgram* program)
+{
+    if (!program)
+        return 0;
+    eDataSetFrame::SetAnchorMatrix(camera, program, m_vWorldPosition, m_LocalMatrix);
+    eProgram* p = program->GetProgram();
+    p->Uniform1f(program->GetUniform()->m_nCustom[eDataSetFrame::eR_OPACITY], m_fTransparent);
+    return 1;
+}
+
+void eRenderTraceSet::SetStartTime(float t)
+{
+    m_fStartTime = t;
+    m_fCurTime = t;
+}
+
+eVector4T<double> eRenderTraceSet::PositionToWorld(int kind, eVector4T<double>& p)
+{
+    return eDataSetFrame::PositionToWorld(m_pCamera, m_pCanvas, m_LocalMatrix, m_vWorldPosition,
+                                          kind, p);
+}
+
+eVector4T<float> eRenderTraceSet::PositionToLocal(int kind, eVector4T<double>& p)
+{
+    return eDataSetFrame::PositionToLocal(m_pCamera, m_pCanvas, m_LocalMatrix, m_vWorldPosition,
+                                          kind, p);
+}
+
+ePoint2D eRenderTraceSet::PositionToGeo(int kind, eVector4T<double>& p)
+{
+    if (kind == 0)
+    {
+        Eassert("false", __FILE__, __LINE__);
+        return ePoint2D(0.0, 0.0);
+    }
+    return eDataSetFrame::PositionToGeo(m_pCanvas, kind, p.x, p.y);
+}
+
+eTexture* eRenderTraceSet::CreateTexture(eString const& path)
+{
+    return eDataSetFrame::LoadTexture(path);
+}
+
+} // namespace KYR

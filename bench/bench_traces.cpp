@@ -1,0 +1,184 @@
+// Frame cost of a point trace set: 10,000 traces in geographic coordinates on the globe,
+// 200 positions each, windows of about 48 positions. Reports nanoseconds per position
+// written, the bytes written per second as a ratio to a plain memcpy measured in the same
+// process, and the heap allocations per frame.
+#include "AllocCounter.h"
+#include "eRenderPointTraceSet.h"
+#include "eScene.h"
+#include <benchmark/benchmark.h>
+#include <ctime>
+#include <cstring>
+#include <random>
+#include <vector>
+
+namespace
+{
+
+int const kTraces = 10000;
+int const kPositions = 200;
+double const kStep = 20.0;       // seconds between positions
+float const kTraceTime = 920.0f; // about 48 positions in a window
+
+// Counts the allocations made inside the set's own frame path.
+class CountingTraceSet : public KYR::eRenderPointTraceSet
+{
+public:
+    unsigned char Render(KYR::eRenderEngine* e, KYR::eRenderSystem* rs, KYR::eCamera* c,
+                         KYR::eViewport* v) override
+    {
+        long long before = KyrAllocCount();
+        unsigned char r = eRenderPointTraceSet::Render(e, rs, c, v);
+        m_nAllocations += KyrAllocCount() - before;
+        return r;
+    }
+    // The draw calls: what the OpenGL driver allocates there is counted apart.
+    unsigned char RenderQueue(KYR::eRenderEngine* e, KYR::eRenderSystem* rs, KYR::eRenderProgram* p,
+                              int begin, int end) override
+    {
+        long long before = KyrAllocCount();
+        unsigned char r = eRenderPointTraceSet::RenderQueue(e, rs, p, begin, end);
+        m_nDrawAllocations += KyrAllocCount() - before;
+        return r;
+    }
+    long long WindowPositions() const
+    {
+        long long n = 0;
+        for (KYR::ePointTrace* t : m_arPointTraces)
+            n += t ? t->m_nWindowCount : 0;
+        return n;
+    }
+    int VerticesPerPoint() const { return m_nVerticesPerPoint; }
+    long long m_nAllocations = 0;
+    long long m_nDrawAllocations = 0;
+};
+
+// Kept for the life of the process: the context outlives every benchmark.
+struct Fixture
+{
+    KYR::Host::eScene* scene = nullptr;
+    CountingTraceSet* set = nullptr;
+};
+
+Fixture& Get(unsigned char geometry)
+{
+    static Fixture fixtures[2];
+    Fixture& f = fixtures[geometry ? 1 : 0];
+    if (f.set)
+        return f;
+    f.scene = new KYR::Host::eScene(512, 512);
+    f.scene->Camera().LookAt(0.0, 20.0, 2.0e7, 0.0, 0.0);
+    f.set = new CountingTraceSet();
+    CountingTraceSet& set = *f.set;
+    set.SetGeometryShader(geometry);
+    set.SetPoolSize(kTraces);
+    set.SetTraceSize(50);
+    set.SetTraceTime(kTraceTime);
+    set.SetSpeedPerFrame(0.5f);
+    KYR::eVector3T<double> anchor(0.0, 20.0, 0.0);
+    set.SetSpatialRefType(1);
+    set.SetPosition(anchor);
+    set.SetCurTime(1200.0f);
+    std::mt19937 rng(3);
+    std::uniform_real_distribution<double> lon(-180.0, 180.0), lat(-60.0, 60.0), d(-0.05, 0.05);
+    KYR::ePointTrace trace;
+    for (int i = 0; i < kTraces; ++i)
+    {
+        trace.m_arPositions.clear();
+        double x = lon(rng), y = lat(rng), dx = d(rng), dy = d(rng);
+        for (int k = 0; k < kPositions; ++k)
+            trace.m_arPositions.push_back(
+                KYR::eVector4T<double>(x + dx * k, y + dy * k, 10000.0, k * kStep));
+        set.AddPointTrace(&trace);
+    }
+    f.scene->Add(f.set);
+    // Makes the technique and the program, and lets the driver build its draw state
+    // (the software rasteriser compiles its geometry stage over the first frames).
+    for (int i = 0; i < 10; ++i)
+        f.scene->RenderFrame();
+    return f;
+}
+
+// Processor time of this thread, as the benchmarks report theirs: the machine may be
+// shared, and wall time then counts the waits for a core.
+double ThreadSeconds()
+{
+    timespec t;
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
+    return t.tv_sec + t.tv_nsec * 1e-9;
+}
+
+// Bytes per second of a 64 MiB memcpy, measured once in this process.
+double MemcpyBytesPerSecond()
+{
+    static double s_dRate = 0.0;
+    if (s_dRate > 0.0)
+        return s_dRate;
+    size_t const bytes = (size_t)64 << 20;
+    std::vector<char> src(bytes, 1), dst(bytes, 0);
+    double best = 1e30;
+    for (int i = 0; i < 8; ++i)
+    {
+        double t0 = ThreadSeconds();
+        std::memcpy(dst.data(), src.data(), bytes);
+        benchmark::DoNotOptimize(dst.data());
+        double s = ThreadSeconds() - t0;
+        best = s < best ? s : best;
+    }
+    s_dRate = bytes / best;
+    return s_dRate;
+}
+
+void Report(benchmark::State& state, CountingTraceSet& set, long long allocations, double seconds)
+{
+    long long positions = set.WindowPositions();
+    double frames = (double)state.iterations();
+    double bytes = (double)positions * set.VerticesPerPoint() * 16.0;
+    state.counters["positions"] = (double)positions;
+    state.counters["ns_per_position"] =
+        benchmark::Counter((double)positions * frames * 1e-9,
+                           benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+    state.counters["write_bytes_per_s"] =
+        benchmark::Counter(bytes * frames, benchmark::Counter::kIsRate);
+    state.counters["allocs_per_frame"] = (double)allocations / frames;
+    state.counters["memcpy_bytes_per_s"] = MemcpyBytesPerSecond();
+    if (seconds > 0.0)
+        state.counters["memcpy_ratio"] = bytes * frames / seconds / MemcpyBytesPerSecond();
+    state.SetBytesProcessed((int64_t)(bytes * frames));
+}
+
+// The set's frame work on the processor: every window found, converted and uploaded.
+void BM_PointTraceUpdate(benchmark::State& state)
+{
+    Fixture& f = Get((unsigned char)state.range(0));
+    CountingTraceSet& set = *f.set;
+    long long before = KyrAllocCount();
+    double t0 = ThreadSeconds();
+    for (auto _ : state)
+    {
+        set.Update();
+        set.SetCurTime(set.GetCurTime() + 0.5f);
+    }
+    double seconds = ThreadSeconds() - t0;
+    long long allocations = KyrAllocCount() - before;
+    Report(state, set, allocations, seconds);
+}
+
+// One whole frame of the host: queue, Update, the draws and the rasteriser's work.
+void BM_PointTraceFrame(benchmark::State& state)
+{
+    Fixture& f = Get((unsigned char)state.range(0));
+    CountingTraceSet& set = *f.set;
+    set.m_nAllocations = 0;
+    set.m_nDrawAllocations = 0;
+    double t0 = ThreadSeconds();
+    for (auto _ : state)
+        f.scene->RenderFrame();
+    Report(state, set, set.m_nAllocations - set.m_nDrawAllocations, ThreadSeconds() - t0);
+    state.counters["draw_allocs_per_frame"] =
+        (double)set.m_nDrawAllocations / (double)state.iterations();
+}
+
+} // namespace
+
+BENCHMARK(BM_PointTraceUpdate)->Arg(1)->Arg(0)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_PointTraceFrame)->Arg(1)->Arg(0)->Unit(benchmark::kMillisecond);
