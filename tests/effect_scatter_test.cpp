@@ -208,6 +208,9 @@ TEST_F(EffectTest, ScatterPickSelectsTheNearestPointOnTheRay)
     set.SetScatterPointIsChoice(3, true);
     set.SetScatterPointIsChoice(3, true);
     EXPECT_EQ(set.GetChoicePoint().size(), 1u);
+    // An icon without size covers nothing, not even the point right on the ray.
+    set.SetScatterPointSize(-5.0e4);
+    EXPECT_FALSE(pick(eye, World(10, 10, 0), false));
 }
 
 TEST_F(EffectTest, ScatterVisibilityPictureIsRebuiltOnlyWhenDirty)
@@ -272,6 +275,38 @@ TEST_F(EffectTest, ScatterUnInitializeKeepsFreeSlotsAndSelection)
     EXPECT_EQ(set.AddScatterPoint(p), 1);
     EXPECT_EQ(set.m_nPointCount, 0);
     m_scene->Remove(&set);
+}
+
+TEST_F(EffectTest, ScatterCopySharesBuffersAndLeavesThemToItsSource)
+{
+    ScatterProbe set;
+    m_scene->Add(&set);
+    eScatterPoint p = Pt(2, 0, 0);
+    set.AddScatterPoint(p);
+    set.SetScatterPointIsChoice(0, true);
+    m_scene->RenderFrame();
+    ASSERT_NE(set.m_nVisibleTexture, 0u);
+    {
+        ScatterProbe copy(set);
+        EXPECT_EQ(copy.m_pVertexData, set.m_pVertexData);
+        EXPECT_EQ(copy.m_nVisibleTexture, set.m_nVisibleTexture);
+        copy.SetScatterVisible(2, false);
+        EXPECT_TRUE(set.GetScatterVisible(2)) << "the category flags are its own";
+        ScatterProbe assigned(4);
+        assigned = set;
+        EXPECT_EQ(assigned.m_pChoiceVertexData, set.m_pChoiceVertexData);
+    }
+    // Both copies are gone; the source's buffers and textures are still there.
+    EXPECT_EQ(ScatterProbe::Read(set.m_pVertexData, 0).id, 2);
+    EXPECT_EQ(ScatterProbe::Read(set.m_pChoiceVertexData, 0).id, 0);
+    EXPECT_TRUE(glIsTexture(set.m_nVisibleTexture));
+    m_scene->Remove(&set);
+
+    // What a copy makes itself is its own to free.
+    ScatterProbe empty;
+    ScatterProbe copy(empty);
+    EXPECT_EQ(copy.AddScatterPoint(p), 0);
+    EXPECT_EQ(empty.m_pVertexData, nullptr);
 }
 
 TEST_F(EffectTest, ScatterFrameSendsTenUniformsAndDrawsBothBuffers)

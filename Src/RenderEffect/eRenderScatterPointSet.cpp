@@ -49,7 +49,8 @@ bool RayHits(eVector3T<double> const& origin, eVector3T<double> const& dir,
 {
     eVector3T<double> v = world - origin;
     double c = dir.Dot(v);
-    if (!(c > 0.0))
+    // A size of 0 or below meets nothing: the tangent is never negative.
+    if (!(c > 0.0) || !(radius > 0.0))
         return false;
     double cross2 = v.Cross(dir).SquaredLength();
     if (!(cross2 * v.SquaredLength() < radius * radius * c * c))
@@ -99,18 +100,24 @@ eRenderScatterPointSet::~eRenderScatterPointSet()
 
 void eRenderScatterPointSet::ReleaseResources()
 {
-    delete m_pVertexData;
+    // What a copy shares is only let go of; its source frees it.
+    unsigned int owned = m_Owned.m_nBits;
+    if (owned & eOB_POINTS)
+        delete m_pVertexData;
     m_pVertexData = nullptr;
-    delete m_pChoiceVertexData;
+    if (owned & eOB_CHOICE)
+        delete m_pChoiceVertexData;
     m_pChoiceVertexData = nullptr;
-    if (m_nStyleTexture)
+    if ((owned & eOB_STYLE) && m_nStyleTexture)
         glDeleteTextures(1, &m_nStyleTexture);
     m_nStyleTexture = 0;
-    if (m_nVisibleTexture)
+    if ((owned & eOB_VISIBLE) && m_nVisibleTexture)
         glDeleteTextures(1, &m_nVisibleTexture);
     m_nVisibleTexture = 0;
-    delete[] m_pVisiblePixels;
+    if (owned & eOB_PIXELS)
+        delete[] m_pVisiblePixels;
     m_pVisiblePixels = nullptr;
+    m_Owned.m_nBits = 0;
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -154,8 +161,10 @@ eVertexData* eRenderScatterPointSet::NewPointStore()
 
 void eRenderScatterPointSet::CreateBuffer()
 {
-    if (!m_pVertexData)
-        m_pVertexData = NewPointStore();
+    if (m_pVertexData)
+        return;
+    m_pVertexData = NewPointStore();
+    m_Owned.m_nBits |= eOB_POINTS;
 }
 
 int eRenderScatterPointSet::SlotOffset(eVertexData* store, int slot)
@@ -298,7 +307,10 @@ void eRenderScatterPointSet::ReCreatVisibleTexture()
     if (!m_bVisibleDirty)
         return;
     if (!m_pVisiblePixels)
+    {
         m_pVisiblePixels = new float[(size_t)kVisibleSize * kVisibleSize];
+        m_Owned.m_nBits |= eOB_PIXELS;
+    }
     std::unique_ptr<unsigned char[]> records;
     int available = m_pChoiceVertexData ? ReadRecords(m_nPointCount, records) : 0;
     if (available > 0)
@@ -319,10 +331,13 @@ void eRenderScatterPointSet::ReCreatVisibleTexture()
     }
     GLut::ActiveTexture(kTexture1);
     if (!m_nVisibleTexture)
+    {
         glGenTextures(1, &m_nVisibleTexture);
+        m_Owned.m_nBits |= eOB_VISIBLE;
+    }
     // The category array blown up to the picture, so that the atlas coordinate of a tile
-    // also addresses its visibility. Far cells of a grid that does not divide the size
-    // stay hidden.
+    // also addresses its visibility. With a grid that does not divide the size, the far
+    // columns repeat the first tile of the next row and the far rows stay hidden.
     int cell = std::max(1, kVisibleSize / std::max(1, m_nGridSize));
     size_t tiles = m_arCategoryVisible.size();
     for (int r = 0; r < kVisibleSize; ++r)
@@ -370,7 +385,10 @@ bool eRenderScatterPointSet::GetChoiceScatterPoint(int slot, int& type)
 void eRenderScatterPointSet::AddChoiceScatterPoint(int slot, eScatterPoint& point)
 {
     if (!m_pChoiceVertexData)
+    {
         m_pChoiceVertexData = NewPointStore();
+        m_Owned.m_nBits |= eOB_CHOICE;
+    }
     if (slot > m_nPointCount)
         return;
     std::vector<unsigned char> bytes;
@@ -523,7 +541,10 @@ void eRenderScatterPointSet::CreateTexture()
         return;
     glEnable(GL_TEXTURE_2D);
     if (!m_nStyleTexture)
+    {
         glGenTextures(1, &m_nStyleTexture);
+        m_Owned.m_nBits |= eOB_STYLE;
+    }
     glBindTexture(GL_TEXTURE_2D, m_nStyleTexture);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP);

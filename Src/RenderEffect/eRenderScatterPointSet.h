@@ -98,6 +98,29 @@ protected:
     std::vector<unsigned char> m_arBlankRecord;
 
 private:
+    // Which of the stores, textures and the staging picture this set made itself. A copy
+    // starts with none: it shares its source's and leaves them to the source to free.
+    enum eOwnedBit
+    {
+        eOB_POINTS = 1,
+        eOB_CHOICE = 2,
+        eOB_STYLE = 4,
+        eOB_VISIBLE = 8,
+        eOB_PIXELS = 16,
+    };
+    struct eOwned
+    {
+        unsigned int m_nBits = 0;
+        eOwned() = default;
+        eOwned(eOwned const&) {}
+        eOwned& operator=(eOwned const&)
+        {
+            m_nBits = 0;
+            return *this;
+        }
+    };
+    eOwned m_Owned;
+
     eVertexData* NewPointStore();
     void ReleaseResources();
     // Byte offset of a slot inside a buffer, or -1 when it cannot lie in one.
