@@ -223,6 +223,24 @@ TEST_F(EffectTest, WindsCalmAirDrawsNoSegmentAndTrailsKeepFiftyOne)
     }
     EXPECT_EQ(haze, 51);
     EXPECT_EQ(table, 1);
+
+    // Before the buffers: world, view, the two zero floats, the table unit, the projection
+    // kind (globe), and nothing else.
+    std::vector<std::string> names;
+    std::vector<double> firstValues;
+    for (auto const& r : Of(records, eRecord::Uniform))
+    {
+        if (r.uniform == "u_haze")
+            break;
+        names.push_back(r.uniform);
+        firstValues.push_back(r.values.empty() ? -1.0 : r.values[0]);
+    }
+    ASSERT_EQ(names, (std::vector<std::string>{"u_worldMatrix", "u_viewMatrix", "u_height",
+                                               "u_levelShift", "u_colorTable", "u_projKind"}));
+    EXPECT_EQ(firstValues[2], 0.0);
+    EXPECT_EQ(firstValues[3], 0.0);
+    EXPECT_EQ(firstValues[4], 1.0);
+    EXPECT_EQ(firstValues[5], 0.0);
     m_scene->Remove(&w);
 }
 

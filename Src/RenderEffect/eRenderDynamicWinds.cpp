@@ -312,10 +312,6 @@ unsigned char eRenderDynamicWinds::RenderDynamic(eRenderEngine* engine, eRenderS
         p->Uniform1f(u->m_nCustom[1], 0.0f);
         p->Uniform1i(u->m_nCustom[2], 1);
         p->Uniform1f(u->m_nCustom[3], ProjectionKind(engine, camera));
-        // The host keeps no projection matrix per program, so the segments take the
-        // camera's here.
-        p->UniformMatrix4(u->m_nProjectionMatrix, 1, 0,
-                          camera->GetRelativeProjectionMatrix().Ptr());
     }
 
     glEnable(GL_TEXTURE_2D);
