@@ -405,3 +405,34 @@ TEST_F(EffectTest, GlobeSunSideIsBrightAndShowsTheEarthMap)
     EXPECT_GT(plain[2], 120);
     EXPECT_NEAR(plain[0], plain[2], 3);
 }
+
+TEST_F(EffectTest, GlobeReliefStandsWhereItsHeightWasRead)
+{
+    // Highest steps over the northern half, none over the southern: seen over (0, 0) the
+    // northern limb stands out further from the centre than the southern one.
+    std::string elev =
+        WritePicture("globe_elev_north.ppm", 24, 12,
+                     [](int, int y, unsigned char* c) { c[0] = c[1] = c[2] = y < 6 ? 255 : 0; });
+    m_scene.reset(new Host::eScene(400, 400));
+    ProbeGlobe g;
+    g.SetEarthElevationPicture(elev.c_str());
+    g.SetEarthMapPicture(kMissing.c_str());
+    m_scene->Engine().SetSunPosition(eVector3T<double>(1.5e11, 0.0, 0.0));
+    m_scene->Camera().LookAt(0.0, 0.0, 2.0e7, 0.0, 0.0);
+    m_scene->Add(&g);
+    m_scene->RenderFrame();
+    std::vector<unsigned char> px = m_scene->ReadPixels();
+    int w = m_scene->Width(), h = m_scene->Height(), top = h, bottom = -1;
+    for (int y = 0; y < h; ++y)
+    {
+        unsigned char const* p = &px[((size_t)y * w + w / 2) * 4];
+        if (p[0] + p[1] + p[2] > 60)
+        {
+            top = std::min(top, y);
+            bottom = std::max(bottom, y);
+        }
+    }
+    ASSERT_LT(top, bottom);
+    // About four pixels of relief on a disc of radius near 190.
+    EXPECT_GE(h / 2 - top, bottom + 1 - h / 2 + 2);
+}

@@ -1,11 +1,8 @@
 #version 330 compatibility
 // roles: u_elevation u_shadowMap u_viewport u_sunSpace u_heightBase u_heightScale u_earthMap u_cameraPosition u_sunPosition u_brightness u_spotSize u_lightFactor u_ambientColor u_ambientSHLightColor u_lightColor u_sunDirection u_spotColor u_shCoefficients u_shFirstOrder u_heightLift u_useShadow u_pass
 // The globe mesh: a_position is (longitude, latitude in degrees, height step 0..255).
-// The mesh rows run south to north and its triangles wind clockwise seen from outside
-// in this world's handedness, while the frame culls back faces with counter-clockwise
-// fronts. Each row is therefore placed at the mirrored latitude, and everything that
-// depends on the place (map, elevation, lighting) uses that placed latitude, so the
-// outside of the sphere faces out and the Earth reads the right way round.
+// Each vertex is placed at its own longitude and latitude; the geometry stage turns the
+// triangles' outside to the front.
 const float kEarthRadius = 6378137.0;
 const float kDegToRad = 0.017453292519943295;
 
@@ -18,19 +15,19 @@ uniform float u_heightBase;  // metres between the Earth and the lifted relief s
 uniform float u_heightScale; // metres per height step
 uniform float u_heightLift;  // extra metres on every vertex
 
-out vec3 v_world; // world position (absolute)
-out vec2 v_geo;   // placed longitude, latitude
+out vec3 g_world; // world position (absolute)
+out vec2 g_geo;   // longitude, latitude
 
 void main()
 {
-    vec2 geo = vec2(a_position.x, -a_position.y);
+    vec2 geo = a_position.xy;
     // The relief stands on a sphere lifted by the height base; scaling that sphere back
     // onto the Earth keeps step 0 on the surface and shrinks the relief in proportion.
     float relief = a_position.z * u_heightScale * kEarthRadius / (kEarthRadius + u_heightBase);
     float r = kEarthRadius + relief + u_heightLift;
     float lon = geo.x * kDegToRad, lat = geo.y * kDegToRad;
     vec3 world = vec3(r * cos(lat) * cos(lon), r * cos(lat) * sin(lon), r * sin(lat));
-    v_world = world;
-    v_geo = geo;
+    g_world = world;
+    g_geo = geo;
     gl_Position = u_projectionMatrix * u_viewMatrix * u_worldMatrix * vec4(world, 1.0);
 }
