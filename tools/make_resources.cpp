@@ -8,6 +8,7 @@
 //   Icons/night.jpg            night lights (copy of xplanet's night.jpg)
 //   Icons/elev_bump_4k.jpg     grey elevation picture, 1024 x 512
 //   Weather/wgs84heightbump.jpg the same kind, 512 x 256
+//   Icons/elev_flat.png        64 x 32 zero elevation, for a globe without relief
 //   Icons/wind.png             64 x 64 streak for wind particles
 //   Icons/flow.png             64 x 64 chevron bands that show a texture flowing along t
 //   Icons/TyphoonPoint.png     64 x 64 typhoon symbol
@@ -544,6 +545,8 @@ int main(int argc, char** argv)
          ok;
 
     ok = Report(Wind().WritePNG(icons / "wind.png"), icons / "wind.png") && ok;
+    Canvas flat(64, 32); // every byte zero: the height is read from whichever channel
+    ok = Report(flat.WritePNG(icons / "elev_flat.png"), icons / "elev_flat.png") && ok;
     ok = Report(Flow().WritePNG(icons / "flow.png"), icons / "flow.png") && ok;
     ok = Report(TyphoonPoint().WritePNG(icons / "TyphoonPoint.png"), icons / "TyphoonPoint.png") &&
          ok;

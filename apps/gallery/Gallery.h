@@ -33,6 +33,17 @@ struct SceneDef
 
 std::vector<SceneDef>& Registry();
 
+// The Earth as a backdrop for effect scenes: the xplanet map on the globe effect without
+// relief, so that effects at sea level lie on it, lit by a sun standing over (sunLon, sunLat).
+void AddEarth(KYR::Host::eScene& scene, SceneKeep& keep, double sunLon, double sunLat);
+
+// The resources of AddEarth followed by a scene's own.
+inline std::vector<std::string> WithEarth(std::vector<std::string> more)
+{
+    more.insert(more.begin(), {"Resources/Icons/WGS84-Globe.jpg", "Resources/Icons/elev_flat.png"});
+    return more;
+}
+
 struct Register
 {
     explicit Register(SceneDef def) { Registry().push_back(std::move(def)); }

@@ -3,14 +3,13 @@
 #include "Gallery.h"
 #include "GalleryGeo.h"
 #include "eFile.h"
-#include "eHostTestMesh.h"
 #include "eRenderCone.h"
 
 namespace
 {
 
-KYR::eRenderCone* MakeCone(Gallery::SceneKeep& keep, double apexLon, double apexLat,
-                           double baseLon, double baseLat, double baseHeight)
+KYR::eRenderCone* MakeCone(Gallery::SceneKeep& keep, double apexLon, double apexLat, double baseLon,
+                           double baseLat, double baseHeight)
 {
     auto* cone = keep.Keep(new KYR::eRenderCone(180000.0, 1000000.0));
     cone->SetTextureFile(KYR::eSystem::GetWorkPath() + "Resources/Icons/flow.png");
@@ -21,11 +20,8 @@ KYR::eRenderCone* MakeCone(Gallery::SceneKeep& keep, double apexLon, double apex
 
 bool BuildCone(KYR::Host::eScene& scene, Gallery::SceneKeep& keep)
 {
-    scene.SetClearColor(0.01f, 0.01f, 0.03f, 1.0f);
     scene.Camera().LookAt(112.0, 33.0, 5200000.0, -25.0, 50.0, 300000.0);
-    auto* earth = keep.Keep(new KYR::Host::eHostTestMesh(6378137.0, 360, 180));
-    earth->SetColor(KYR::eVector4T<float>(0.25f, 0.35f, 0.3f, 1.0f));
-    scene.Add(earth);
+    Gallery::AddEarth(scene, keep, 100.0, 20.0);
     // Beams from two satellites down to Beijing and Shanghai.
     scene.Add(MakeCone(keep, 116.4, 39.9, 108.0, 36.0, 900000.0));
     auto* second = MakeCone(keep, 121.5, 31.2, 126.0, 27.0, 700000.0);
@@ -35,7 +31,7 @@ bool BuildCone(KYR::Host::eScene& scene, Gallery::SceneKeep& keep)
 }
 
 Gallery::Register s_cone({"cone", "two cones between points on the globe with flowing texture",
-                          KYR::eSM_GLOBE, KYR::PJ_PLATE_CARREE, {"Resources/Icons/flow.png"},
-                          BuildCone});
+                          KYR::eSM_GLOBE, KYR::PJ_PLATE_CARREE,
+                          Gallery::WithEarth({"Resources/Icons/flow.png"}), BuildCone});
 
 } // namespace

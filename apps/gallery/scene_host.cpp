@@ -14,7 +14,11 @@ bool BuildHost(KYR::Host::eScene& scene, Gallery::SceneKeep& keep)
     return true;
 }
 
-Gallery::Register s_host({"host", "the host's lit test sphere in globe mode", KYR::eSM_GLOBE,
-                          KYR::PJ_PLATE_CARREE, {}, BuildHost});
+Gallery::Register s_host({"host",
+                          "the host's lit test sphere in globe mode",
+                          KYR::eSM_GLOBE,
+                          KYR::PJ_PLATE_CARREE,
+                          {},
+                          BuildHost});
 
 } // namespace

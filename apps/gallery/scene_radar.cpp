@@ -3,7 +3,6 @@
 #include "Gallery.h"
 #include "GalleryGeo.h"
 #include "eFile.h"
-#include "eHostTestMesh.h"
 #include "eMesh.h"
 #include "eRenderRadarScan.h"
 #include <cmath>
@@ -20,11 +19,14 @@ float Echo(double rangeKm, double bearingDeg)
     {
         double range, bearing, size, strength;
     };
-    static Cell const cells[] = {{120, 40, 35, 1.0}, {180, 95, 50, 0.8}, {70, 150, 25, 0.9},
-                                 {150, 250, 60, 0.7}, {90, 310, 30, 0.95}};
+    static Cell const cells[] = {{240, 40, 70, 1.0},
+                                 {360, 95, 100, 0.8},
+                                 {140, 150, 50, 0.9},
+                                 {300, 250, 120, 0.7},
+                                 {180, 310, 60, 0.95}};
     double x = rangeKm * std::sin(bearingDeg * Gallery::kDegToRad);
     double y = rangeKm * std::cos(bearingDeg * Gallery::kDegToRad);
-    double v = 0.06 + 0.05 * std::sin(rangeKm * 0.15) * std::cos(bearingDeg * 0.2);
+    double v = 0.06 + 0.05 * std::sin(rangeKm * 0.075) * std::cos(bearingDeg * 0.2);
     for (Cell const& c : cells)
     {
         double cx = c.range * std::sin(c.bearing * Gallery::kDegToRad);
@@ -68,14 +70,12 @@ KYR::eMesh* BuildSweepMesh(double maxRangeKm, int rings, int spokes)
 
 bool BuildRadar(KYR::Host::eScene& scene, Gallery::SceneKeep& keep)
 {
-    scene.SetClearColor(0.01f, 0.01f, 0.03f, 1.0f);
-    scene.Camera().LookAt(kRadarLon, kRadarLat, 1400000.0, 20.0, 30.0);
-    auto* earth = keep.Keep(new KYR::Host::eHostTestMesh(6378137.0, 360, 180));
-    earth->SetColor(KYR::eVector4T<float>(0.25f, 0.35f, 0.3f, 1.0f));
-    scene.Add(earth);
+    scene.Camera().LookAt(kRadarLon, kRadarLat, 3200000.0, 10.0, 20.0);
+    // Dusk over the site: the map stays readable under the fill light and the echoes stand out.
+    Gallery::AddEarth(scene, keep, kRadarLon - 95.0, kRadarLat - 10.0);
 
     auto* radar = keep.Keep(new KYR::eRenderRadarScan());
-    radar->AddMesh(BuildSweepMesh(230.0, 60, 180));
+    radar->AddMesh(BuildSweepMesh(460.0, 60, 180));
     radar->SetColorTable(KYR::eSystem::GetWorkPath() + "Resources/Icons/colortable1.png",
                          KYR::eTFM_LINEAR);
     radar->setPosition(KYR::eVector3T<float>((float)kRadarLon, (float)kRadarLat, 0.0f));
@@ -88,6 +88,6 @@ bool BuildRadar(KYR::Host::eScene& scene, Gallery::SceneKeep& keep)
 
 Gallery::Register s_radar({"radar", "radar sweep with colour table and azimuth window",
                            KYR::eSM_GLOBE, KYR::PJ_PLATE_CARREE,
-                           {"Resources/Icons/colortable1.png"}, BuildRadar});
+                           Gallery::WithEarth({"Resources/Icons/colortable1.png"}), BuildRadar});
 
 } // namespace

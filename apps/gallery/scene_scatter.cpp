@@ -3,7 +3,6 @@
 // screen, are drawn with the highlight icon.
 #include "Gallery.h"
 #include "GalleryGeo.h"
-#include "eHostTestMesh.h"
 #include "eRenderScatterPointSet.h"
 #include <algorithm>
 #include <cmath>
@@ -35,11 +34,8 @@ void PickSome(KYR::Host::eScene& scene, KYR::eRenderScatterPointSet& set, int co
 
 bool BuildScatter(KYR::Host::eScene& scene, Gallery::SceneKeep& keep)
 {
-    scene.SetClearColor(0.01f, 0.01f, 0.03f, 1.0f);
     scene.Camera().LookAt(112.0, 30.0, 7.0e6, 10.0, 15.0);
-    auto* earth = keep.Keep(new KYR::Host::eHostTestMesh(6378137.0, 360, 180));
-    earth->SetColor(KYR::eVector4T<float>(0.16f, 0.24f, 0.32f, 1.0f));
-    scene.Add(earth);
+    Gallery::AddEarth(scene, keep, 112.0, 30.0);
 
     auto* set = keep.Keep(new KYR::eRenderScatterPointSet());
     set->SetScatterPointSize(100000.0);
@@ -69,12 +65,9 @@ bool BuildScatter(KYR::Host::eScene& scene, Gallery::SceneKeep& keep)
     return true;
 }
 
-Gallery::Register
-    s_scatter({"scatter",
-               "100,000 icons in clusters, one category hidden, picked points highlighted",
-               KYR::eSM_GLOBE,
-               KYR::PJ_PLATE_CARREE,
-               {"Resources/Icons/ScatterPoint.png"},
-               BuildScatter});
+Gallery::Register s_scatter(
+    {"scatter", "100,000 icons in clusters, one category hidden, picked points highlighted",
+     KYR::eSM_GLOBE, KYR::PJ_PLATE_CARREE, Gallery::WithEarth({"Resources/Icons/ScatterPoint.png"}),
+     BuildScatter});
 
 } // namespace

@@ -4,7 +4,6 @@
 // vertices per position. Warm-up frames run inside the build so the heads have moved.
 #include "Gallery.h"
 #include "GalleryGeo.h"
-#include "eHostTestMesh.h"
 #include "eRenderPointTraceSet.h"
 #include <random>
 
@@ -43,11 +42,8 @@ void BuildFlight(std::mt19937& rng, KYR::ePointTrace& trace)
 
 bool BuildTraces(KYR::Host::eScene& scene, Gallery::SceneKeep& keep, unsigned char geometry)
 {
-    scene.SetClearColor(0.01f, 0.01f, 0.04f, 1.0f);
     scene.Camera().LookAt(10.0, 30.0, 1.6e7, 0.0, 0.0);
-    auto* earth = keep.Keep(new KYR::Host::eHostTestMesh(6378137.0, 180, 90));
-    earth->SetColor(KYR::eVector4T<float>(0.12f, 0.2f, 0.32f, 1.0f));
-    scene.Add(earth);
+    Gallery::AddEarth(scene, keep, 10.0, 30.0);
 
     auto* set = keep.Keep(new GalleryTraceSet());
     set->SetGeometryShader(geometry);
@@ -75,18 +71,13 @@ bool BuildTraces(KYR::Host::eScene& scene, Gallery::SceneKeep& keep, unsigned ch
     return true;
 }
 
-Gallery::Register s_traces({"traces",
-                            "aircraft traces with fading tails (geometry shader)",
-                            KYR::eSM_GLOBE,
-                            KYR::PJ_PLATE_CARREE,
-                            {},
+Gallery::Register s_traces({"traces", "aircraft traces with fading tails (geometry shader)",
+                            KYR::eSM_GLOBE, KYR::PJ_PLATE_CARREE, Gallery::WithEarth({}),
                             [](KYR::Host::eScene& s, Gallery::SceneKeep& k)
                             { return BuildTraces(s, k, 1); }});
 Gallery::Register s_tracesNoGeometry({"traces-no-geometry",
                                       "aircraft traces with fading tails (six vertices each)",
-                                      KYR::eSM_GLOBE,
-                                      KYR::PJ_PLATE_CARREE,
-                                      {},
+                                      KYR::eSM_GLOBE, KYR::PJ_PLATE_CARREE, Gallery::WithEarth({}),
                                       [](KYR::Host::eScene& s, Gallery::SceneKeep& k)
                                       { return BuildTraces(s, k, 0); }});
 

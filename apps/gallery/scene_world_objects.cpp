@@ -5,7 +5,6 @@
 #include "Gallery.h"
 #include "GalleryGeo.h"
 #include "eFile.h"
-#include "eHostTestMesh.h"
 #include "eMesh.h"
 #include "eRenderWorldObject.h"
 #include <vector>
@@ -91,11 +90,8 @@ KYR::eRenderWorldObject* Symbols(Gallery::SceneKeep& keep, std::vector<Station> 
 
 bool BuildWorldObjects(KYR::Host::eScene& scene, Gallery::SceneKeep& keep)
 {
-    scene.SetClearColor(0.01f, 0.01f, 0.03f, 1.0f);
     scene.Camera().LookAt(114.0, 30.0, 7500000.0, 0.0, 25.0);
-    auto* earth = keep.Keep(new KYR::Host::eHostTestMesh(6378137.0, 360, 180));
-    earth->SetColor(KYR::eVector4T<float>(0.18f, 0.3f, 0.42f, 1.0f));
-    scene.Add(earth);
+    Gallery::AddEarth(scene, keep, 114.0, 30.0);
 
     Outline dot = {{-2.5f, -2.5f}, {2.5f, -2.5f}, {2.5f, 2.5f}, {-2.5f, 2.5f}};
     Outline triangle = {{0.0f, 9.0f}, {-8.0f, -5.0f}, {8.0f, -5.0f}};
@@ -121,11 +117,9 @@ bool BuildWorldObjects(KYR::Host::eScene& scene, Gallery::SceneKeep& keep)
     return true;
 }
 
-Gallery::Register s_worldObjects({"world-objects",
-                                  "station symbols over the globe, some hidden by their flags",
-                                  KYR::eSM_GLOBE,
-                                  KYR::PJ_PLATE_CARREE,
-                                  {"Resources/Icons/colortable1.png"},
-                                  BuildWorldObjects});
+Gallery::Register
+    s_worldObjects({"world-objects", "station symbols over the globe, some hidden by their flags",
+                    KYR::eSM_GLOBE, KYR::PJ_PLATE_CARREE,
+                    Gallery::WithEarth({"Resources/Icons/colortable1.png"}), BuildWorldObjects});
 
 } // namespace
