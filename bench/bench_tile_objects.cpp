@@ -1,6 +1,7 @@
 // Grey-colour tile object: the processor time of one Render for a growing number of tile
 // rectangles (one patch, one four-float uniform per tile), and the same frame drawn by the
 // host's software driver.
+#include "eTilePatch.h"
 #include "eMaterial.h"
 #include "eMesh.h"
 #include "eProgram.h"
@@ -20,28 +21,6 @@ Host::eScene& Scene()
     static Host::eScene s_scene(64, 64);
     s_scene.Camera().LookAt(100.0, 30.0, 2.0e7, 0.0, 0.0);
     return s_scene;
-}
-
-eMesh* Patch(int n)
-{
-    eMesh* mesh = new eMesh();
-    mesh->SetOperationType(eOT_TRIANGLE_LIST);
-    eVertexData* vd = mesh->GetVertexData();
-    vd->AddElement(eVET_FLOAT, eVEC_3, eAI_POSITION, 0);
-    for (int y = 0; y <= n; ++y)
-        for (int x = 0; x <= n; ++x)
-        {
-            float v[3] = {(float)x / n, (float)y / n, 0.0f};
-            vd->AddVertex(v, 1);
-        }
-    for (int y = 0; y < n; ++y)
-        for (int x = 0; x < n; ++x)
-        {
-            int a = y * (n + 1) + x, b = a + n + 1;
-            for (int i : {a, b, a + 1, a + 1, b, b + 1})
-                mesh->GetIndexData()->AddIndex((unsigned short)i);
-        }
-    return mesh;
 }
 
 class eNullRenderSystem : public eRenderSystem
@@ -64,7 +43,7 @@ void RenderTiles(benchmark::State& state, eRenderSystem& rs)
     ePass* pass = material->CreateTechnique()->CreatePass();
     pass->SetProgram("GrayColorTile");
     tiles.SetMaterial(material);
-    tiles.AddMesh(Patch(8));
+    tiles.AddMesh(Host::MakeTilePatch(8));
     std::vector<float> raster(256 * 256, 12.5f);
     tiles.AddTexture((unsigned char*)raster.data(), 256, 256, ePF_FLOAT);
     tiles.SetTextureBound(eRect2D(60.0, 90.0, 150.0, 0.0), 1.0);

@@ -1,5 +1,6 @@
 // Tile objects: rasters on consecutive units over application tile rectangles, the shared
 // mask, the gradation hand-over between threads, and the pixels of the grey-colour program.
+#include "eTilePatch.h"
 #include "EffectFixture.h"
 #include "eFile.h"
 #include "eGradationStrategy.h"
@@ -21,29 +22,6 @@ using Host::eRecord;
 
 namespace
 {
-
-// The generic patch: n x n quads over 0..1.
-eMesh* Patch(int n)
-{
-    eMesh* mesh = new eMesh();
-    mesh->SetOperationType(eOT_TRIANGLE_LIST);
-    eVertexData* vd = mesh->GetVertexData();
-    vd->AddElement(eVET_FLOAT, eVEC_3, eAI_POSITION, 0);
-    for (int y = 0; y <= n; ++y)
-        for (int x = 0; x <= n; ++x)
-        {
-            float v[3] = {(float)x / n, (float)y / n, 0.0f};
-            vd->AddVertex(v, 1);
-        }
-    for (int y = 0; y < n; ++y)
-        for (int x = 0; x < n; ++x)
-        {
-            int a = y * (n + 1) + x, b = a + n + 1;
-            for (int i : {a, b, a + 1, a + 1, b, b + 1})
-                mesh->GetIndexData()->AddIndex((unsigned short)i);
-        }
-    return mesh;
-}
 
 eMaterial* Material(char const* program)
 {
@@ -119,7 +97,7 @@ protected:
     template <typename T> T* Make(char const* program)
     {
         T* object = new T();
-        object->AddMesh(Patch(8));
+        object->AddMesh(Host::MakeTilePatch(8));
         object->SetMaterial(Material(program));
         m_objects.emplace_back(object);
         return object;
@@ -174,7 +152,7 @@ TEST_F(TileTest, UnitsFollowTheRastersInBothBranches)
 TEST_F(TileTest, EachTileDrawsTheFirstMeshWithItsRectangle)
 {
     auto* tiles = Make<eRenderTileObject>("GrayColorTile");
-    tiles->AddMesh(Patch(2)); // never drawn
+    tiles->AddMesh(Host::MakeTilePatch(2)); // never drawn
     unsigned char raster[1] = {200};
     tiles->AddTexture(raster, 1, 1, ePF_UBYTE);
     tiles->AddTileBound(eRect2D(-30, 20, -10, 0));

@@ -1,6 +1,7 @@
 // Scenes "tile-objects" and "gradation": a temperature-like float raster coloured through
 // a colour table over a grid of tile rectangles on the globe, and the same field fading
 // into a later one, shown side by side at time ratios 0, 0.5 and 1.
+#include "eTilePatch.h"
 #include "Gallery.h"
 #include "GalleryGeo.h"
 #include "eFile.h"
@@ -39,29 +40,6 @@ std::vector<float> Temperature(double west, double north, double shift, double c
     return t;
 }
 
-// The generic patch: n x n quads over 0..1, x from the left, y down from the top.
-eMesh* Patch(int n)
-{
-    eMesh* mesh = new eMesh();
-    mesh->SetOperationType(eOT_TRIANGLE_LIST);
-    eVertexData* vd = mesh->GetVertexData();
-    vd->AddElement(eVET_FLOAT, eVEC_3, eAI_POSITION, 0);
-    for (int y = 0; y <= n; ++y)
-        for (int x = 0; x <= n; ++x)
-        {
-            float v[3] = {(float)x / n, (float)y / n, 0.0f};
-            vd->AddVertex(v, 1);
-        }
-    for (int y = 0; y < n; ++y)
-        for (int x = 0; x < n; ++x)
-        {
-            int a = y * (n + 1) + x, b = a + n + 1;
-            for (int i : {a, b, a + 1, a + 1, b, b + 1})
-                mesh->GetIndexData()->AddIndex((unsigned short)i);
-        }
-    return mesh;
-}
-
 void Prepare(eRenderGrayColorObject* tiles, double west, double north)
 {
     eMaterial* material = new eMaterial();
@@ -71,7 +49,7 @@ void Prepare(eRenderGrayColorObject* tiles, double west, double north)
     pass->SetDepthCheckEnabled(1);
     pass->SetDepthWriteEnabled(0);
     tiles->SetMaterial(material);
-    tiles->AddMesh(Patch(12));
+    tiles->AddMesh(Host::MakeTilePatch(12));
     tiles->SetColorTable(eSystem::GetWorkPath() + "Resources/Icons/colortable1.png", eTFM_LINEAR);
     tiles->SetTextureBound(eRect2D(west, north, west + kCols * 0.5, north - kRows * 0.5), 1.0);
     tiles->SetStartVisibleValue(-12.0);
@@ -176,7 +154,7 @@ bool BuildTerrain(Host::eScene& scene, Gallery::SceneKeep& keep)
     pass->SetProgram("GrayTerrainTile");
     pass->SetBlendingFunc(eBF_SRC_ALPHA, eBF_ONE_MINUS_SRC_ALPHA);
     terrain->SetMaterial(material);
-    terrain->AddMesh(Patch(48));
+    terrain->AddMesh(Host::MakeTilePatch(48));
     terrain->AddTexture(height.data(), cols, rows, ePF_UBYTE);
     terrain->SetTextureBound(eRect2D(65.0, 50.0, 115.0, 15.0), 1.0);
     for (double lon = 65.0; lon < 115.0 - 1e-9; lon += 10.0)
