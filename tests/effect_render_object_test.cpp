@@ -213,8 +213,11 @@ TEST_F(EffectTest, ProjectionKindFollowsSceneModeAndProjectionType)
     struct
     {
         int type, kind;
-    } const table[] = {{PJ_PLATE_CARREE, 1}, {PJ_SPHERE_MERCATOR, 2}, {PJ_MERCATOR, 2},
-                       {PJ_LAMBERT_CONFORMAL, 3}, {PJ_ALBERS, 4}};
+    } const table[] = {{PJ_PLATE_CARREE, 1},
+                       {PJ_SPHERE_MERCATOR, 2},
+                       {PJ_MERCATOR, 2},
+                       {PJ_LAMBERT_CONFORMAL, 3},
+                       {PJ_ALBERS, 4}};
     for (auto const& t : table)
     {
         m_scene->CoordSys().GetPrjCoordSys().SetProjectionType(t.type);
@@ -278,4 +281,35 @@ TEST_F(EffectTest, ResetAndUnInitializeReturnToUninitialised)
 
     obj.SetTextureFile("/nonexistent/picture.png");
     EXPECT_EQ(obj.m_pTexture, nullptr);
+}
+
+TEST_F(EffectTest, CopiesShareWhatTheyCopyAndFreeOnlyWhatTheyAdd)
+{
+    auto* original = new ProbeObject();
+    original->SetMaterial(ColorMaterial());
+    original->AddMesh(TriangleMesh(1));
+    original->SetTextureFile(eSystem::GetWorkPath() + "Resources/Icons/wind.png");
+    m_scene->Add(original);
+    m_scene->RenderFrame();
+
+    auto* copy = new ProbeObject(*original);
+    EXPECT_EQ(copy->GetMesh(0), original->GetMesh(0));
+    EXPECT_EQ(copy->GetMaterial(), original->GetMaterial());
+    EXPECT_EQ(copy->m_pTexture, original->m_pTexture);
+    copy->AddMesh(TriangleMesh(2)); // the copy's own, freed with it
+    copy->SetTextureFile(eSystem::GetWorkPath() + "Resources/Icons/flow.png");
+    EXPECT_NE(copy->m_pTexture, original->m_pTexture);
+    ProbeObject assigned;
+    assigned = *original;
+    EXPECT_EQ(assigned.GetMesh(0), original->GetMesh(0));
+    delete copy;
+
+    // The original still draws its mesh with its own texture after the copy is gone.
+    ASSERT_NE(original->m_pTexture, nullptr);
+    EXPECT_NE(original->m_pTexture->GetTextureID(), 0u);
+    auto draws = Of(RecordFrame(), eRecord::Draw);
+    ASSERT_EQ(draws.size(), 1u);
+    EXPECT_EQ(draws[0].count, 3);
+    m_scene->Remove(original);
+    delete original; // frees each shared thing once; the assigned copy frees nothing
 }

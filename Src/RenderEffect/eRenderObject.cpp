@@ -19,7 +19,10 @@ namespace
 unsigned int const kTexture0 = 33984; // GL_TEXTURE0
 unsigned int const kTextureUnits = 32;
 
-template <typename V> void DropVector(V& v) { V().swap(v); }
+template <typename V> void DropVector(V& v)
+{
+    V().swap(v);
+}
 
 void DropCpuCopies(eMesh* mesh)
 {
@@ -39,16 +42,65 @@ eRenderObject::eRenderObject()
     m_nRenderQueueId = 5;
 }
 
+eRenderObject::eRenderObject(eRenderObject const& other) : eRenderable(other)
+{
+    ShareFrom(other);
+}
+
+eRenderObject& eRenderObject::operator=(eRenderObject const& other)
+{
+    if (this == &other)
+        return *this;
+    FreeOwned();
+    eRenderable::operator=(other);
+    ShareFrom(other);
+    return *this;
+}
+
+void eRenderObject::ShareFrom(eRenderObject const& other)
+{
+    m_bInitialized = other.m_bInitialized;
+    m_nProjectionKind = other.m_nProjectionKind;
+    m_eRenderMode = other.m_eRenderMode;
+    m_arMeshes = other.m_arMeshes;
+    m_pMaterial = other.m_pMaterial;
+    m_pTexture = other.m_pTexture;
+    m_Matrix = other.m_Matrix;
+    m_dSquaredViewDepth = other.m_dSquaredViewDepth;
+    m_pCallbackUser = other.m_pCallbackUser;
+    m_pfnCallbackRender = other.m_pfnCallbackRender;
+    m_pSharedMaterial = m_pMaterial;
+    m_pSharedTexture = m_pTexture;
+    m_nSharedMeshes = m_arMeshes.size();
+}
+
+// Frees what this object owns, in the destructor's order: material, texture, then the
+// buffers and the meshes it added itself.
+void eRenderObject::FreeOwned()
+{
+    if (m_pMaterial != m_pSharedMaterial)
+        delete m_pMaterial;
+    m_pMaterial = nullptr;
+    if (m_pTexture != m_pSharedTexture)
+        delete m_pTexture;
+    m_pTexture = nullptr;
+    for (size_t i = m_nSharedMeshes; i < m_arMeshes.size(); ++i)
+    {
+        if (!m_arMeshes[i])
+            continue;
+        m_arMeshes[i]->GetVertexData()->Delete();
+        m_arMeshes[i]->GetIndexData()->Delete();
+        delete m_arMeshes[i];
+    }
+    m_arMeshes.clear();
+    m_pSharedMaterial = nullptr;
+    m_pSharedTexture = nullptr;
+    m_nSharedMeshes = 0;
+}
+
 eRenderObject::~eRenderObject()
 {
-    delete m_pMaterial;
-    m_pMaterial = nullptr;
-    delete m_pTexture;
-    m_pTexture = nullptr;
-    eRenderObject::DestroyBuffer();
-    for (eMesh* mesh : m_arMeshes)
-        delete mesh;
-    m_arMeshes.clear();
+    FreeOwned();
 }
 
 void eRenderObject::init_callbacks()
@@ -57,7 +109,10 @@ void eRenderObject::init_callbacks()
     m_pfnCallbackRender = nullptr;
 }
 
-eRenderable::Type eRenderObject::GetType() { return eRT_RENDER_OBJECT; }
+eRenderable::Type eRenderObject::GetType()
+{
+    return eRT_RENDER_OBJECT;
+}
 
 unsigned char eRenderObject::Initialize(eRenderEngine*)
 {
@@ -104,15 +159,21 @@ unsigned char eRenderObject::Render(eRenderEngine* engine, eRenderSystem* rs, eC
         return 0;
     for (eMesh* mesh : m_arMeshes)
         if (mesh)
-            rs->DrawIndexed(mesh->GetOperationType(), mesh->GetVertexData(),
-                            mesh->GetIndexData(), false);
+            rs->DrawIndexed(mesh->GetOperationType(), mesh->GetVertexData(), mesh->GetIndexData(),
+                            false);
     EndRender(engine, rs, camera, viewport);
     return started;
 }
 
-double eRenderObject::GetSquaredViewDepth(eCamera*) { return m_dSquaredViewDepth; }
+double eRenderObject::GetSquaredViewDepth(eCamera*)
+{
+    return m_dSquaredViewDepth;
+}
 
-void eRenderObject::AddMesh(eMesh* mesh) { m_arMeshes.push_back(mesh); }
+void eRenderObject::AddMesh(eMesh* mesh)
+{
+    m_arMeshes.push_back(mesh);
+}
 
 eMesh* eRenderObject::GetMesh(int index)
 {
@@ -127,7 +188,10 @@ void eRenderObject::SetMatrix(eMatrix4T<double> const& matrix)
 
 void eRenderObject::SetTextureFile(eString file)
 {
-    delete m_pTexture;
+    // A texture shared with the object this one was copied from stays with that object.
+    if (m_pTexture != m_pSharedTexture)
+        delete m_pTexture;
+    m_pSharedTexture = nullptr;
     m_pTexture = eTextureOperator::GetSingleton().CreateTexture(file, eTWM_REPEAT, eTFM_LINEAR);
 }
 

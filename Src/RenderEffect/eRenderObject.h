@@ -26,8 +26,11 @@ class eRenderObject : public eRenderable
 {
 public:
     eRenderObject();
-    eRenderObject(eRenderObject const&) = default;
-    eRenderObject& operator=(eRenderObject const&) = default;
+    // Copies share the meshes, material and texture as they stand. The copy does not
+    // free what it shares: destroying either leaves the other's pointers as they are,
+    // and destroying both frees each thing once.
+    eRenderObject(eRenderObject const& other);
+    eRenderObject& operator=(eRenderObject const& other);
     ~eRenderObject() override;
 
     Type GetType() override;
@@ -75,6 +78,13 @@ protected:
 
 private:
     void init_callbacks();
+    void ShareFrom(eRenderObject const& other);
+    void FreeOwned();
+
+    // What this object holds only as a copy of another; everything else it owns.
+    eMaterial* m_pSharedMaterial = nullptr;
+    eTexture* m_pSharedTexture = nullptr;
+    size_t m_nSharedMeshes = 0;
 };
 
 } // namespace KYR
