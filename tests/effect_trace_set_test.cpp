@@ -360,3 +360,22 @@ TEST_F(TraceSetTest, TextureLoadsFromAFileOrGivesNull)
     delete texture;
     EXPECT_EQ(set.CreateTexture(eSystem::GetWorkPath() + "Resources/Icons/none.png"), nullptr);
 }
+
+TEST_F(TraceSetTest, CopiesShareTheTechniqueAndTheLastOneFreesIt)
+{
+    Probe set;
+    Prepare(set, 2, 16);
+    Add(set);
+    ePointTrace track = Track(11, -5.0, 1.0, 0.0, 100.0);
+    set.SetCurTime(500.0f);
+    set.AddPointTrace(&track);
+    RecordFrame(); // makes the technique
+    {
+        // A plain copy (not a probe) leaves the traces and buffers to the original.
+        eRenderPointTraceSet copy(set);
+    }
+    // The original still queues and draws with its technique.
+    auto records = RecordFrame();
+    EXPECT_EQ(Of(records, eRecord::Queue).size(), 1u);
+    EXPECT_FALSE(Draws(records).empty());
+}

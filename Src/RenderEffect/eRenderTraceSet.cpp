@@ -18,10 +18,8 @@ eRenderTraceSet::eRenderTraceSet()
 {
 }
 
-eRenderTraceSet::~eRenderTraceSet()
-{
-    delete m_pTechnique;
-}
+// The technique goes with the last copy that holds it.
+eRenderTraceSet::~eRenderTraceSet() {}
 
 eRenderable::Type eRenderTraceSet::GetType()
 {
@@ -85,7 +83,10 @@ unsigned char eRenderTraceSet::UpdateRenderQueue(eRenderEngine*, eCamera*, eView
                                                  eRenderQueue* queue)
 {
     if (!m_pTechnique)
+    {
         m_pTechnique = eDataSetFrame::CreateTechnique(m_strProgram, m_bEnableDepthTest);
+        m_spTechniqueOwner.reset(m_pTechnique);
+    }
     if (queue)
         queue->GetQueueGroup(6)->AddSolidTextureRenderable(m_pTechnique, this);
     return 1;

@@ -7,6 +7,7 @@
 #include "eString.h"
 #include "eVector3.h"
 #include "eVector4.h"
+#include <memory>
 
 namespace KYR
 {
@@ -86,6 +87,10 @@ protected:
     eVector3T<double> m_vPosition;
     eVector4T<double> m_vWorldPosition;
     eMatrix4T<float> m_LocalMatrix;
+
+private:
+    // Copies share the technique as they share its pointer; the last one frees it.
+    std::shared_ptr<eTechnique> m_spTechniqueOwner;
 };
 
 } // namespace KYR
