@@ -156,22 +156,7 @@ void eCamera::LookAt(double lon, double lat, double distance, double heading, do
         LookAtMap(x, y, distance, heading, pitch, height);
         return;
     }
-    if (!(distance > 0.0) || !Finite(distance) || !Finite(heading) || !Finite(pitch) ||
-        !Finite(height))
-    {
-        std::fprintf(stderr,
-                     "eCamera::LookAt: distance %g, heading %g, pitch %g, height %g "
-                     "are not usable\n",
-                     distance, heading, pitch, height);
-        return;
-    }
-    m_LookAt.m_dLongitude = lon;
-    m_LookAt.m_dLatitude = lat;
-    m_LookAt.m_dHeight = height;
-    m_LookAt.m_dHeading = heading * kDegToRad;
-    m_LookAt.m_dPitch = std::max(0.0, std::min(kMaxPitchDeg, pitch)) * kDegToRad;
-    m_LookAt.m_dRange = distance;
-    Invalidate();
+    StoreLookAt("LookAt", lon, lat, distance, heading, pitch, height);
 }
 
 void eCamera::LookAtMap(double x, double y, double distance, double heading, double pitch,
@@ -189,17 +174,24 @@ void eCamera::LookAtMap(double x, double y, double distance, double heading, dou
         LookAt(lon, lat, distance, heading, pitch, height);
         return;
     }
+    StoreLookAt("LookAtMap", x, y, distance, heading, pitch, height);
+}
+
+// The look-at state in the scene mode's own units (degrees on the globe, map metres on the
+// plane); unusable values are reported and leave the view as it was.
+void eCamera::StoreLookAt(char const* caller, double a, double b, double distance, double heading,
+                          double pitch, double height)
+{
     if (!(distance > 0.0) || !Finite(distance) || !Finite(heading) || !Finite(pitch) ||
         !Finite(height))
     {
         std::fprintf(stderr,
-                     "eCamera::LookAtMap: distance %g, heading %g, pitch %g, height %g "
-                     "are not usable\n",
-                     distance, heading, pitch, height);
+                     "eCamera::%s: distance %g, heading %g, pitch %g, height %g are not usable\n",
+                     caller, distance, heading, pitch, height);
         return;
     }
-    m_LookAt.m_dLongitude = x;
-    m_LookAt.m_dLatitude = y;
+    m_LookAt.m_dLongitude = a;
+    m_LookAt.m_dLatitude = b;
     m_LookAt.m_dHeight = height;
     m_LookAt.m_dHeading = heading * kDegToRad;
     m_LookAt.m_dPitch = std::max(0.0, std::min(kMaxPitchDeg, pitch)) * kDegToRad;

@@ -186,6 +186,8 @@ private:
     void RayThroughWindow(double wx, double wy, eVector3T<double>& origin, eVector3T<double>& dir);
     void GeoToMapPoint(double lon, double lat, double& x, double& y);
     void MapToGeoPoint(double x, double y, double& lon, double& lat);
+    void StoreLookAt(char const* caller, double a, double b, double distance, double heading,
+                     double pitch, double height);
 
     eViewport m_OwnViewport;
     eViewport* m_pViewport;
