@@ -1,4 +1,5 @@
 #include "eDataSetFrame.h"
+#include "ePicture.h"
 #include "GLut.h"
 #include "eCamera.h"
 #include "eCoordSys.h"
@@ -207,15 +208,7 @@ void eDataSetFrame::UnbindVertexData(eVertexData* data, int nextOffset)
 
 eTexture* eDataSetFrame::LoadTexture(eString const& path)
 {
-    eFileStream stream;
-    if (!stream.Open(path.Cstr(), 2, 0x2000))
-        return nullptr;
-    eByteArray bytes;
-    unsigned char loaded = stream.LoadByteArray(bytes);
-    stream.Close();
-    if (!loaded)
-        return nullptr;
-    eImageData* image = eFileParserToolkit::LoadImageData(bytes, 32);
+    eImageData* image = ePicture::Load(path, 32);
     if (!image)
         return nullptr;
     eTexture* texture = eTextureManager::GetSingleton().CreateTexture();

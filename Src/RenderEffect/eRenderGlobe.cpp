@@ -1,4 +1,5 @@
 #include "eRenderGlobe.h"
+#include "ePicture.h"
 #include "GLut.h"
 #include "eCamera.h"
 #include "eCoordSys.h"
@@ -120,20 +121,9 @@ void eRenderGlobe::Release()
     m_bInitialized = 0;
 }
 
-eImageData* eRenderGlobe::LoadPicture(eString const& path)
-{
-    eFileStream stream;
-    eByteArray bytes;
-    if (!stream.Open(path.Cstr(), 2, 8192))
-        return nullptr;
-    unsigned char ok = stream.LoadByteArray(bytes);
-    stream.Close();
-    return ok ? eFileParserToolkit::LoadImageData(bytes, 32) : nullptr;
-}
-
 void eRenderGlobe::InitializeSpherical()
 {
-    eImageData* image = LoadPicture(m_strEarthElevationPicture);
+    eImageData* image = ePicture::Load(m_strEarthElevationPicture, 32);
     if (image && !image->m_pData)
     {
         delete image;
@@ -193,7 +183,7 @@ void eRenderGlobe::InitializeSpherical()
 
 unsigned int eRenderGlobe::CreateTextrue(eString path)
 {
-    eImageData* image = LoadPicture(path);
+    eImageData* image = ePicture::Load(path, 32);
     if (!image)
         return 0;
     if (!image->m_pData)
@@ -205,15 +195,7 @@ unsigned int eRenderGlobe::CreateTextrue(eString path)
     unsigned int id = 0;
     glGenTextures(1, &id);
     glBindTexture(GL_TEXTURE_2D, id);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
-    GLenum format = image->m_nBitsPerPixel == 32   ? GL_RGBA
-                    : image->m_nBitsPerPixel == 24 ? GL_RGB
-                                                   : GL_ALPHA;
-    glTexImage2D(GL_TEXTURE_2D, 0, (GLint)format, image->m_nWidth, image->m_nHeight, 0, format,
-                 GL_UNSIGNED_BYTE, image->m_pData);
+    ePicture::UploadClampedLinear(image);
     delete image;
     return id;
 }

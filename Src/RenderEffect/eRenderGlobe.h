@@ -117,7 +117,6 @@ private:
     {
         return eVector3T<float>(src[0], src[1], src[2]);
     }
-    static eImageData* LoadPicture(eString const& path);
     void Release();
     void SendSharedUniforms(eProgram* p, eShaderUniform* u, eCamera* camera, eRenderEngine* engine);
     void SendPassUniforms(eProgram* p, eShaderUniform* u, float texture, float shadow, float pass,

@@ -1,4 +1,5 @@
 #include "eRenderScatterPointSet.h"
+#include "ePicture.h"
 #include "GLut.h"
 #include "eCamera.h"
 #include "eCoordSys.h"
@@ -531,12 +532,7 @@ void eRenderScatterPointSet::SetStylePicture(eString& file)
 void eRenderScatterPointSet::CreateTexture()
 {
     GLut::ActiveTexture(kTexture0);
-    eFileStream stream;
-    eByteArray bytes;
-    if (stream.Open(m_strStylePicture.Cstr(), 2, 8192))
-        stream.LoadByteArray(bytes);
-    stream.Close();
-    eImageData* image = bytes.GetSize() ? eFileParserToolkit::LoadImageData(bytes, 32) : nullptr;
+    eImageData* image = ePicture::Load(m_strStylePicture, 32);
     if (!image)
         return;
     glEnable(GL_TEXTURE_2D);
@@ -546,15 +542,7 @@ void eRenderScatterPointSet::CreateTexture()
         m_Owned.m_nBits |= eOB_STYLE;
     }
     glBindTexture(GL_TEXTURE_2D, m_nStyleTexture);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
-    GLenum format = image->m_nBitsPerPixel == 32   ? GL_RGBA
-                    : image->m_nBitsPerPixel == 24 ? GL_RGB
-                                                   : GL_ALPHA;
-    glTexImage2D(GL_TEXTURE_2D, 0, (GLint)format, image->m_nWidth, image->m_nHeight, 0, format,
-                 GL_UNSIGNED_BYTE, image->m_pData);
+    ePicture::UploadClampedLinear(image);
     delete image; // frees the pixels too
 }
 
