@@ -1,4 +1,5 @@
 // The cone's mesh and posture, its class-wide texture flow, and the radar sweep.
+#include "CopyIdiom.h"
 #include "EffectFixture.h"
 #include "eFile.h"
 #include "eMesh.h"
@@ -158,7 +159,7 @@ TEST_F(EffectTest, RadarSendsItsOwnUniformsAfterResettingTheWorldMatrix)
     std::vector<std::string> names;
     for (size_t i = 8; i < 16; ++i)
         names.push_back(uniforms[i].uniform);
-    std::vector<std::string> want = {"u_worldMatrix", "u_refHigh", "u_refLow", "u_projKind",
+    std::vector<std::string> want = {"u_worldMatrix", "u_refHigh", "u_refLow",  "u_projKind",
                                      "u_radarPos",    "u_opacity", "u_startAz", "u_endAz"};
     EXPECT_EQ(names, want);
     EXPECT_EQ(uniforms[8].values[12], 1.0);
@@ -225,3 +226,25 @@ TEST_F(EffectTest, RadarSweepShowsOnlyInsideItsAzimuthWindow)
     EXPECT_FALSE(isLit(c + d, c + d)) << "south-east";
     EXPECT_FALSE(isLit(2, 2)) << "outside the disc";
 }
+
+template <> struct CopySubject<eRenderRadarScan>
+{
+    static constexpr bool kSamePixels = true;
+    static void Prepare(KYR::Host::eScene& scene)
+    {
+        scene.Camera().LookAt(10.0, 20.0, 6e5, 0.0, 0.0);
+    }
+    static eRenderRadarScan* Make(KYR::Host::eScene&)
+    {
+        auto* radar = new eRenderRadarScan();
+        radar->AddMesh(Disc(10.0, 20.0));
+        radar->SetColorTable(eSystem::GetWorkPath() + "Resources/Icons/colortable1.png",
+                             eTFM_NEAREST);
+        radar->setPosition(eVector3T<float>(10.0f, 20.0f, 0.0f));
+        radar->SetStartVisibleAz(0.0f);
+        radar->SetEndVisibleAz(90.0f);
+        return radar;
+    }
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Radar, CopyIdiom, ::testing::Types<eRenderRadarScan>);
