@@ -1,5 +1,6 @@
 // Frame-wide services of the engine: resolution, pixel conversions, shared textures
 // and the sun.
+#include "eGeometry.h"
 #include "eScene.h"
 #include "eTexture.h"
 #include <epoxy/gl.h>
@@ -57,4 +58,16 @@ TEST(HostEngine, SharedTexturesAndSun)
     double lon = std::atan2(sun.y, sun.x) * 57.29577951308232;
     EXPECT_NEAR(lat, 23.44, 0.1);
     EXPECT_NEAR(lon, 0.0, 1.0);
+}
+
+TEST(HostEngine, FaceNormalFollowsTheWinding)
+{
+    eVector3T<float> a(0, 0, 0), b(2, 0, 0), c(0, 3, 0);
+    eVector3T<float> up = eGLCanvas::ComputeFaceNormal(a, b, c);
+    eVector3T<float> down = eGLCanvas::ComputeFaceNormal(a, c, b);
+    EXPECT_FLOAT_EQ(up.z, 1.0f);
+    EXPECT_FLOAT_EQ(down.z, -1.0f);
+    EXPECT_FLOAT_EQ(up.x * up.x + up.y * up.y, 0.0f);
+    eVector3T<float> none = eGLCanvas::ComputeFaceNormal(a, a, c);
+    EXPECT_EQ(none.x + none.y + none.z, 0.0f) << "a degenerate face has no direction";
 }
