@@ -144,11 +144,9 @@ WindRaster::Cell WindRaster::Grid::Sample(double lon, double lat) const
 
 WindRaster::WindRaster() : width(0), height(0), engine(nullptr) {}
 
-WindRaster::Cell const& WindRaster::At(int x, int y) const
+WindRaster::Cell const& WindRaster::Zero()
 {
-    if (!columns || x < 0 || y < 0 || x >= width || y >= height)
-        return kZeroCell;
-    return columns[(size_t)x * height + y];
+    return kZeroCell;
 }
 
 eVector4T<unsigned char> WindRaster::Sinebow(double t, unsigned char alpha)

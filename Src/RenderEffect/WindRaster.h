@@ -57,7 +57,13 @@ struct WindRaster
     // camera and coordinate system. Keeps the buffers when the size stands.
     void Build(int width, int height, eRenderEngine* engine);
     // Cell at pixel (x, y), y counted from the top row; a zero cell outside the field.
-    Cell const& At(int x, int y) const;
+    Cell const& At(int x, int y) const
+    {
+        if (!columns || x < 0 || y < 0 || x >= width || y >= height)
+            return Zero();
+        return columns[(size_t)x * height + y];
+    }
+    static Cell const& Zero();
 
     // Colours of the speed picture: blue through green and red to purple for t in 0..1, and
     // that purple turned toward white by t.

@@ -22,6 +22,7 @@ int const kTrailWidth = 800; // first size of the trail texture; the first frame
 int const kTrailHeight = 600;
 int const kAlphaLevelCount = 17;              // 85, 95, ... 245
 double const kByteToUnit = 0.003921568627451; // 1 / 255
+size_t const kLookAhead = 16;                 // particles between a cell's prefetch and its use
 // Degrees of arc per metre of the Earth's surface.
 double const kDegreesPerMetre = 0.000008993210566253443;
 
@@ -263,6 +264,13 @@ void eRenderWindFishtailLine::MoveThings(eRenderEngine* engine, eCamera* camera)
         size_t kept = 0;
         for (size_t i = 0; i < list.size(); ++i)
         {
+            // Particles lie anywhere on a field of tens of megabytes: ask for the cell of
+            // one further on while this one waits for its own.
+            if (i + kLookAhead < list.size())
+            {
+                ePoint2D const& ahead = list[i + kLookAhead].position;
+                __builtin_prefetch(&m_raster.At((int)ahead.x, (int)ahead.y));
+            }
             WindParticle particle = list[i];
             if (particle.age > 100.0)
             {
