@@ -7,6 +7,7 @@
 #include "eMathEngine.h"
 #include "eMesh.h"
 #include "eRenderListCubeSet.h"
+#include "eTriangulator.h"
 #include <cmath>
 #include <cstring>
 
@@ -28,6 +29,7 @@ class Probe : public eRenderListCubeSet
 public:
     using eRenderCubeSet::m_matLocal;
     using eRenderListCubeSet::BuildPrism;
+    using eRenderListCubeSet::CreateBuffers;
     using eRenderListCubeSet::m_nCount;
     using eRenderListCubeSet::m_nCursor;
     using eRenderListCubeSet::m_pIndexData;
@@ -251,6 +253,32 @@ TEST_F(CubeSetTest, PrismIsWoundAndLitOutwardForBothRingWindings)
         ExpectOutwardPrism(v, set->Indices(1), 1, eVector3T<float>(1000.0f, -2000.0f, 50.0f),
                            100.0f, 750.0f);
     }
+}
+
+// The cap of a square footprint skips the triangulator; whatever the square, the indices
+// must be those the triangulator gives (a ring without area: the slot's first vertex).
+TEST_F(CubeSetTest, CapIndicesAreTheTriangulatorsForAnySquare)
+{
+    Probe set;
+    set.SetPoolSize(1);
+    set.CreateBuffers();
+    eVector4T<unsigned char> c(1, 2, 3, 4);
+    for (double centre : {0.0, -3.5, 1.0e4, 6.0e6, -1.0e7})
+        for (float r : {1.0e-6f, 1.0e-3f, 0.5f, 100.0f, 3.0e5f, 0.0f, -10.0f})
+        {
+            float x = (float)centre, y = (float)(centre * 0.5);
+            ePoint2D const ring[5] = {ePoint2D(x - r, y - r), ePoint2D(x - r, y + r),
+                                      ePoint2D(x + r, y + r), ePoint2D(x + r, y - r),
+                                      ePoint2D(x - r, y - r)};
+            std::vector<unsigned short> expected;
+            eTriangulator::Triangulate(ring, 5, expected);
+            expected.resize(6, 0);
+            set.BuildPrism(0, ring, 0.0f, 1.0f, c, c);
+            std::vector<unsigned int> const& got = set.m_pIndexData->GetIndexExBuffer();
+            ASSERT_EQ(got.size(), 30u);
+            for (int i = 0; i < 6; ++i)
+                EXPECT_EQ(got[i], expected[i]) << "centre " << centre << ", radius " << r;
+        }
 }
 
 TEST_F(CubeSetTest, GrowthRisesPerDrawnFrameStopsAtOneAndWaitsWhileHidden)
