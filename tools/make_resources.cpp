@@ -11,8 +11,8 @@
 //   Icons/elev_flat.png        64 x 32 zero elevation, for a globe without relief
 //   Icons/wind.png             64 x 64 streak for wind particles
 //   Icons/flow.png             64 x 64 chevron bands that show a texture flowing along t
-//   Icons/TyphoonPoint.png     64 x 64 typhoon symbol
-//   Icons/TyphoonText.png      32 level badges of 64 x 64 in one row
+//   Icons/TyphoonPoint.png     128 x 128 typhoon symbol
+//   Icons/TyphoonText.png      32 level badges of 64 x 64 in one row, level n in column n
 //   Icons/colortable1.png      256 x 1 colour ramp
 //   Icons/ScatterPoint.png     1024 x 1024 icon atlas of 32 x 32 tiles, 32 pixels each;
 //                              tile 0 is the highlight icon given to selected points
@@ -279,48 +279,47 @@ Canvas Flow()
     return c;
 }
 
-// The weather-map typhoon sign: a ring with two hooked arms, turning counter-clockwise.
-void TyphoonSign(Canvas& c, double cx, double cy, double scale, RGBA colour)
+// The weather-map typhoon sign for the northern hemisphere: a ring with two tapering arms
+// that trail behind its counter-clockwise turn (an "S" through a ring), on a canvas of
+// size x size. `margin` widens every stroke, for the light outline drawn beneath.
+bool InTyphoonSign(double x, double y, double size, double margin)
 {
-    std::vector<std::vector<double>> arms;
+    double const unit = size / 128.0, cx = size / 2.0, cy = size / 2.0;
+    double dx = (x - cx) / unit, dy = (cy - y) / unit; // y up
+    double r = std::hypot(dx, dy);
+    if (r >= 13.0 - margin && r <= 24.0 + margin)
+        return true;
     for (int arm = 0; arm < 2; ++arm)
     {
-        std::vector<double> pts;
-        for (int i = 0; i <= 40; ++i)
+        // From the ring outward the arm turns clockwise, through 110 degrees.
+        double prevX = 0.0, prevY = 0.0;
+        for (int i = 0; i <= 48; ++i)
         {
-            double t = i / 40.0;
-            double r = (9.0 + 17.0 * t) * scale;
-            double a = arm * kPi + 0.2 + 1.9 * t;
-            pts.push_back(cx + r * std::cos(a));
-            pts.push_back(cy - r * std::sin(a));
+            double t = i / 48.0;
+            double a = arm * kPi + kPi - 1.95 * t;
+            double radius = 18.5 + 41.0 * t;
+            double px = radius * std::cos(a), py = radius * std::sin(a);
+            if (i > 0)
+            {
+                double width = 9.0 * (1.0 - t) + 1.2 * t;
+                if (Distance(dx, dy, prevX, prevY, px, py) <= width * 0.5 + margin)
+                    return true;
+            }
+            prevX = px;
+            prevY = py;
         }
-        arms.push_back(pts);
     }
-    int x0 = (int)(cx - 30 * scale), x1 = (int)(cx + 30 * scale) + 1;
-    int y0 = (int)(cy - 30 * scale), y1 = (int)(cy + 30 * scale) + 1;
-    Fill(c, x0, y0, x1, y1, colour,
-         [&](double x, double y)
-         {
-             double r = std::hypot(x - cx, y - cy);
-             if (r >= 6.5 * scale && r <= 11.5 * scale)
-                 return true;
-             for (auto const& pts : arms)
-                 for (size_t i = 0; i + 3 < pts.size(); i += 2)
-                 {
-                     double t = (double)i / (pts.size() - 2);
-                     double width = (3.2 - 2.4 * t) * scale;
-                     if (Distance(x, y, pts[i], pts[i + 1], pts[i + 2], pts[i + 3]) <= width)
-                         return true;
-                 }
-             return false;
-         });
+    return false;
 }
 
 Canvas TyphoonPoint()
 {
-    Canvas c(64, 64);
-    TyphoonSign(c, 32.0, 32.0, 1.05, RGBA{255, 255, 255, 200}); // light halo
-    TyphoonSign(c, 32.0, 32.0, 0.95, RGBA{220, 30, 30, 255});
+    int const size = 128;
+    Canvas c(size, size);
+    Fill(c, 0, 0, size, size, RGBA{255, 255, 255, 230},
+         [&](double x, double y) { return InTyphoonSign(x, y, size, 3.0); });
+    Fill(c, 0, 0, size, size, RGBA{215, 25, 30, 255},
+         [&](double x, double y) { return InTyphoonSign(x, y, size, 0.0); });
     return c;
 }
 
@@ -343,24 +342,30 @@ void Digit(Canvas& c, int d, int left, int top, int cell, RGBA colour)
                         c.Blend(left + col * cell + x, top + row * cell + y, colour, 1.0);
 }
 
+// Colours of the tropical cyclone classes by wind level (Beaufort): below a depression,
+// tropical depression 6-7, tropical storm 8-9, severe tropical storm 10-11, typhoon
+// 12-13, severe typhoon 14-15, super typhoon 16-17, and beyond.
 RGBA LevelColour(int level)
 {
-    // Green through yellow and red to purple over the 32 levels.
-    static RGBA const stops[5] = {{40, 170, 60, 255},
-                                  {230, 210, 40, 255},
-                                  {240, 120, 30, 255},
-                                  {210, 30, 30, 255},
-                                  {140, 30, 160, 255}};
-    double t = level / 31.0 * 4.0;
-    int i = std::min(3, (int)t);
-    double f = t - i;
-    auto mix = [&](unsigned char a, unsigned char b)
-    { return (unsigned char)std::lround(a + (b - a) * f); };
-    return RGBA{mix(stops[i].r, stops[i + 1].r), mix(stops[i].g, stops[i + 1].g),
-                mix(stops[i].b, stops[i + 1].b), 255};
+    if (level < 6)
+        return RGBA{120, 135, 150, 255};
+    if (level < 8)
+        return RGBA{40, 165, 75, 255};
+    if (level < 10)
+        return RGBA{40, 110, 220, 255};
+    if (level < 12)
+        return RGBA{240, 200, 30, 255};
+    if (level < 14)
+        return RGBA{245, 125, 25, 255};
+    if (level < 16)
+        return RGBA{225, 60, 160, 255};
+    if (level < 18)
+        return RGBA{205, 20, 30, 255};
+    return RGBA{120, 15, 60, 255};
 }
 
-// Level pictures: column n shows level n as a number on a round badge.
+// Level pictures: column n shows level n as a number on a round badge in the colour of
+// its class, with a dark edge and a white rim so that it reads over sea, land and track.
 Canvas TyphoonText()
 {
     int const cell = 64, columns = 32;
@@ -368,20 +373,28 @@ Canvas TyphoonText()
     for (int level = 0; level < columns; ++level)
     {
         double cx = level * cell + cell / 2.0, cy = cell / 2.0;
-        Fill(c, level * cell, 0, (level + 1) * cell, cell, RGBA{255, 255, 255, 255},
-             [&](double x, double y) { return std::hypot(x - cx, y - cy) <= 29.0; });
-        Fill(c, level * cell, 0, (level + 1) * cell, cell, LevelColour(level),
-             [&](double x, double y) { return std::hypot(x - cx, y - cy) <= 26.0; });
-        int const px = 4; // pixels per font dot
+        auto disc = [&](double radius, RGBA colour)
+        {
+            Fill(c, level * cell, 0, (level + 1) * cell, cell, colour,
+                 [&](double x, double y) { return std::hypot(x - cx, y - cy) <= radius; });
+        };
+        RGBA fill = LevelColour(level);
+        disc(30.0, RGBA{30, 30, 30, 200});
+        disc(28.5, RGBA{255, 255, 255, 255});
+        disc(25.0, fill);
+        // Dark figures on the light yellow, white ones elsewhere.
+        bool light = 0.299 * fill.r + 0.587 * fill.g + 0.114 * fill.b > 170.0;
+        RGBA figure = light ? RGBA{30, 30, 30, 255} : RGBA{255, 255, 255, 255};
         int digits = level >= 10 ? 2 : 1;
+        int const px = digits == 2 ? 3 : 4; // pixels per font dot: two figures fit the disc
         int width = digits * 5 * px + (digits - 1) * px;
         int left = (int)cx - width / 2, top = (int)cy - 7 * px / 2;
         if (digits == 2)
         {
-            Digit(c, level / 10, left, top, px, RGBA{255, 255, 255, 255});
+            Digit(c, level / 10, left, top, px, figure);
             left += 6 * px;
         }
-        Digit(c, level % 10, left, top, px, RGBA{255, 255, 255, 255});
+        Digit(c, level % 10, left, top, px, figure);
     }
     return c;
 }

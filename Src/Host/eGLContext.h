@@ -38,6 +38,12 @@ public:
     // Sets the host's default render state (see the free function of the same name).
     static void ApplyHostDefaults();
 
+    // Projection kind of the frame being drawn (0 globe, 1 plate carree, 2 Mercator, 3
+    // Lambert conformal, 4 Albers), set by the scene; BeginPass hands it to every program
+    // that declares u_sceneProjKind, for programs whose effects send no projection kind.
+    void SetSceneProjKind(int kind) { m_nSceneProjKind = kind; }
+    int GetSceneProjKind() const { return m_nSceneProjKind; }
+
     eGLContext(eGLContext const&) = delete;
     eGLContext& operator=(eGLContext const&) = delete;
 
@@ -57,6 +63,7 @@ private:
     unsigned int m_nDepthBuffer = 0;
     int m_nWidth = 0;
     int m_nHeight = 0;
+    int m_nSceneProjKind = 0;
     std::string m_strError;
 };
 

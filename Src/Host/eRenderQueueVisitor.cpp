@@ -45,7 +45,14 @@ void eRenderQueueVisitor::BeginPass(ePass* pass)
                                   ? nullptr
                                   : Host::eProgramLibrary::Get().Find(pass->GetProgram());
     if (program && program->GetProgram())
+    {
         program->GetProgram()->Use();
+        // The scene's projection kind, for programs that place geographic vertices without
+        // being told the kind by their effect.
+        GLint kind = glGetUniformLocation(program->GetProgram()->GetProgramID(), "u_sceneProjKind");
+        if (kind >= 0)
+            glUniform1f(kind, (float)Host::eGLContext::Get().GetSceneProjKind());
+    }
     else
         glUseProgram(0);
 

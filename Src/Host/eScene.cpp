@@ -105,6 +105,26 @@ void eScene::DrawGroup(eRenderQueueGroup& group)
         DrawEntry(e);
 }
 
+// The projection kind the host's programs number projections by: 0 on the globe, then by
+// the coordinate system's projection on the plane map.
+int eScene::ProjectionKind()
+{
+    if (m_Camera.GetSceneMode() != eSM_PLANE)
+        return 0;
+    switch (m_CoordSys.GetPrjCoordSys().GetTypeID())
+    {
+    case PJ_MERCATOR:
+    case PJ_SPHERE_MERCATOR:
+        return 2;
+    case PJ_LAMBERT_CONFORMAL:
+        return 3;
+    case PJ_ALBERS:
+        return 4;
+    default:
+        return 1;
+    }
+}
+
 void eScene::RenderFrame()
 {
     if (!m_bReady)
@@ -112,6 +132,7 @@ void eScene::RenderFrame()
     eGLContext& context = eGLContext::Get();
     context.Ensure(m_nWidth, m_nHeight);
     context.Bind();
+    context.SetSceneProjKind(ProjectionKind());
     context.ApplyHostDefaults();
     glClearColor(m_Clear[0], m_Clear[1], m_Clear[2], m_Clear[3]);
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);

@@ -50,6 +50,7 @@ public:
 
 private:
     void ApplyCameraMatrices();
+    int ProjectionKind();
     void DrawEntry(eRenderQueueEntry const& entry);
     void DrawGroup(eRenderQueueGroup& group);
 
