@@ -607,9 +607,8 @@ void eRenderVolumeRayCast::RecalculatePoint(eRenderEngine* engine)
 // The frame
 // ---------------------------------------------------------------------------------------------
 
-void eRenderVolumeRayCast::SendFrameUniforms(eRenderEngine* engine, eCamera* camera)
+void eRenderVolumeRayCast::SendFrameUniforms(eRenderProgram* rp, eCamera* camera)
 {
-    eRenderProgram* rp = engine->GetRenderProgram(eString("VolumeRayCast"));
     eProgram* p = rp->GetProgram();
     eShaderUniform* u = rp->GetUniform();
     eVector3T<double> const& ref = camera->GetReferenceCenter();
@@ -657,7 +656,7 @@ unsigned char eRenderVolumeRayCast::Render(eRenderEngine* engine, eRenderSystem*
         return 0; // the host has reported the missing program
     eProgram* p = rp->GetProgram();
     eShaderUniform* u = rp->GetUniform();
-    SendFrameUniforms(engine, camera);
+    SendFrameUniforms(rp, camera);
 
     // First pass: the front faces' cube coordinates into the entry texture.
     unsigned int const target = BoundFrameBuffer();

@@ -19,6 +19,7 @@ namespace KYR
 
 class eVertexData;
 class eIndexData;
+class eRenderProgram;
 
 class eRenderVolumeRayCast : public eRenderObject
 {
@@ -134,7 +135,8 @@ private:
     void SetStdFunction(float center, float span, int mode);
     void SetStdFunction(float center, float span, int component, bool descending);
     void ResizeFrameBuffer(int width, int height);
-    void SendFrameUniforms(eRenderEngine* engine, eCamera* camera);
+    // Matrices, tint, eye and light; makes the program current with its blending.
+    void SendFrameUniforms(eRenderProgram* rp, eCamera* camera);
     void DrawCube(eRenderSystem* rs);
 };
 
