@@ -100,6 +100,8 @@ protected:
         EXPECT_FALSE(glIsEnabled(GL_POINT_SPRITE));
         EXPECT_FALSE(glIsEnabled(GL_PROGRAM_POINT_SIZE));
         EXPECT_FALSE(glIsEnabled(GL_CULL_FACE));
+        EXPECT_EQ(Int(GL_CULL_FACE_MODE), GL_BACK);
+        EXPECT_EQ(Int(GL_FRONT_FACE), GL_CCW);
         EXPECT_EQ(Int(GL_CURRENT_PROGRAM), 0);
     }
 
@@ -142,6 +144,10 @@ TEST_F(GLCorePass, BeginPassAppliesEveryStateAndEndPassRestoresDefaults)
     EXPECT_TRUE(glIsEnabled(GL_PROGRAM_POINT_SIZE));
     EXPECT_EQ(glGetError(), (GLenum)GL_NO_ERROR);
 
+    // What an effect may change beyond its pass: the face it culls.
+    glEnable(GL_CULL_FACE);
+    glCullFace(GL_FRONT);
+    glFrontFace(GL_CW);
     m_visitor.EndPass();
     ExpectHostDefaults();
 

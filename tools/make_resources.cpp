@@ -13,9 +13,10 @@
 //   Icons/flow.png             64 x 64 chevron bands that show a texture flowing along t
 //   Icons/TyphoonPoint.png     128 x 128 typhoon symbol
 //   Icons/TyphoonText.png      32 level badges of 64 x 64 in one row, level n in column n
-//   Icons/colortable1.png      256 x 1 colour ramp
+//   Icons/colortable1.png      256 x 1 radar reflectivity ramp
 //   Icons/ScatterPoint.png     1024 x 1024 icon atlas of 32 x 32 tiles, 32 pixels each;
 //                              tile 0 is the highlight icon given to selected points
+//   Weather/storm.raw          256 x 256 x 64 voxels of a storm cell (StormField.h)
 
 #if defined(__GNUC__)
 #pragma GCC diagnostic push
@@ -37,6 +38,7 @@
 #pragma GCC diagnostic pop
 #endif
 
+#include "StormField.h"
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -399,21 +401,31 @@ Canvas TyphoonText()
     return c;
 }
 
-// Dark blue through cyan, green, yellow and red to white; transparent at the low end.
+// A radar reflectivity ramp over 0 to 75 dBZ: cyan and blue for light echoes, greens,
+// yellow and orange, reds for heavy rain, magenta and purple for hail, white at the top;
+// transparent at the low end.
 Canvas ColourTable()
 {
-    static double const stops[6][3] = {{0, 0, 120},   {0, 90, 255},  {0, 220, 220},
-                                       {60, 210, 60}, {250, 230, 0}, {230, 20, 20}};
+    struct Stop
+    {
+        double dbz, r, g, b;
+    };
+    static Stop const stops[] = {
+        {0, 70, 70, 90},   {5, 4, 233, 231},  {10, 1, 159, 244},  {15, 3, 0, 244},
+        {20, 2, 253, 2},   {25, 1, 197, 1},   {30, 0, 142, 0},    {35, 253, 248, 2},
+        {40, 229, 188, 0}, {45, 253, 149, 0}, {50, 253, 0, 0},    {55, 212, 0, 0},
+        {60, 188, 0, 0},   {65, 248, 0, 253}, {70, 152, 84, 198}, {75, 255, 255, 255}};
+    int const last = int(sizeof stops / sizeof stops[0]) - 1;
     Canvas c(256, 1);
     for (int i = 0; i < 256; ++i)
     {
-        double t = i / 255.0 * 5.0;
-        int k = std::min(4, (int)t);
-        double f = t - k;
+        double dbz = i / 255.0 * 75.0;
+        int k = std::min(last - 1, (int)(dbz / 5.0));
+        double f = (dbz - stops[k].dbz) / (stops[k + 1].dbz - stops[k].dbz);
         unsigned char* p = &c.px[(size_t)i * 4];
-        for (int ch = 0; ch < 3; ++ch)
-            p[ch] =
-                (unsigned char)std::lround(stops[k][ch] + (stops[k + 1][ch] - stops[k][ch]) * f);
+        p[0] = (unsigned char)std::lround(stops[k].r + (stops[k + 1].r - stops[k].r) * f);
+        p[1] = (unsigned char)std::lround(stops[k].g + (stops[k + 1].g - stops[k].g) * f);
+        p[2] = (unsigned char)std::lround(stops[k].b + (stops[k + 1].b - stops[k].b) * f);
         p[3] = (unsigned char)std::min(255, i * 4);
     }
     return c;
@@ -494,6 +506,15 @@ Canvas ScatterAtlas()
     return c;
 }
 
+// The storm cell of StormField.h as raw voxels: one byte each, x fastest, no header.
+bool WriteStorm(fs::path const& path)
+{
+    std::vector<unsigned char> voxels = Storm::Field();
+    std::ofstream out(path, std::ios::binary);
+    out.write(reinterpret_cast<char const*>(voxels.data()), (std::streamsize)voxels.size());
+    return (bool)out;
+}
+
 bool Report(bool ok, fs::path const& path)
 {
     if (!ok)
@@ -567,5 +588,6 @@ int main(int argc, char** argv)
     ok = Report(ColourTable().WritePNG(icons / "colortable1.png"), icons / "colortable1.png") && ok;
     ok = Report(ScatterAtlas().WritePNG(icons / "ScatterPoint.png"), icons / "ScatterPoint.png") &&
          ok;
+    ok = Report(WriteStorm(weather / "storm.raw"), weather / "storm.raw") && ok;
     return ok ? 0 : 1;
 }

@@ -148,6 +148,11 @@ void GLut::RenderBufferStorage(unsigned int target, unsigned int internalformat,
     glRenderbufferStorage(target, internalformat, width, height);
 }
 
+void GLut::DeleteRenderBuffers(int n, unsigned int const* renderbuffers)
+{
+    glDeleteRenderbuffers(n, renderbuffers);
+}
+
 void GLut::DrawBuffer(unsigned int buf)
 {
     glDrawBuffer(buf);

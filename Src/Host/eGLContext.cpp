@@ -537,6 +537,8 @@ void eGLContext::ApplyHostDefaults()
     glDisable(GL_POINT_SPRITE);
     glDisable(GL_PROGRAM_POINT_SIZE);
     glDisable(GL_CULL_FACE);
+    glCullFace(GL_BACK);
+    glFrontFace(GL_CCW);
     glUseProgram(0);
 }
 

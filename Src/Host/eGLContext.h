@@ -69,7 +69,8 @@ private:
 
 // The state that eRenderQueueVisitor::EndPass returns to: depth test on with LEQUAL and
 // writes on, blending off with (ONE, ZERO), no polygon offset, line width and point size 1,
-// no point sprites or program point size, no culling, no program.
+// no point sprites or program point size, no culling (and back faces culled once it is
+// enabled, counter-clockwise in front), no program.
 void ApplyHostDefaults();
 
 // While one of these lives, the direct OpenGL calls that the host itself makes

@@ -41,6 +41,7 @@ public:
     static void BindRenderBuffer(unsigned int target, unsigned int renderbuffer);
     static void RenderBufferStorage(unsigned int target, unsigned int internalformat, int width,
                                     int height);
+    static void DeleteRenderBuffers(int n, unsigned int const* renderbuffers);
 
     static void DrawBuffer(unsigned int buf);
     static void DrawBuffers(int n, unsigned int const* bufs);
