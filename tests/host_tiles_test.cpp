@@ -39,7 +39,7 @@ TEST(HostTiles, VisibleTilesCoverTheViewAtTheCamerasLevel)
     ASSERT_NE(tiles, nullptr);
     ASSERT_FALSE(tiles->empty());
     eRect2D view = scene.Camera().GetRenderBounds();
-    view.IntersectRect(scene.CoordSys().GetBounds());
+    view.IntersectRect(scene.CoordSys().GetLogicalBounds());
     int level = (*tiles)[0]->GetKey().GetLevel();
     double size = 360.0 / (1 << level);
     for (eTileSet* t : *tiles)

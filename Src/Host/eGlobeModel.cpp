@@ -92,7 +92,7 @@ eTileSet* eGlobeModel::GetTile(eCoordSys* coordSys, int level, int column, int r
     double size = index.Width() / (double)(1 << level);
     eRect2D bounds(index.left + column * size, index.top - row * size,
                    index.left + (column + 1) * size, index.top - (row + 1) * size);
-    bounds.IntersectRect(coordSys->GetBounds());
+    bounds.IntersectRect(coordSys->GetLogicalBounds());
     eTileSet* tile =
         bounds.IsEmpty() ? nullptr : new eTileSet(key, bounds, coordSys->GetSceneMode(), coordSys);
     m_mapTiles[key.m_nKey] = tile;
@@ -133,7 +133,7 @@ std::vector<eTileSet*>* eGlobeModel::GetVisibleTileSets(eCamera* camera)
         m_nCacheProjection = projection;
     }
     eRect2D view = camera->GetRenderBounds();
-    view.IntersectRect(coordSys->GetBounds());
+    view.IntersectRect(coordSys->GetLogicalBounds());
     m_arTileSets.clear();
     if (view.IsEmpty())
         return &m_arTileSets;
