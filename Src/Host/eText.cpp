@@ -139,6 +139,7 @@ private:
     std::mutex m_Mutex;
     FT_Library m_Library = nullptr;
     bool m_bLibraryTried = false;
+    bool m_bFontconfig = false; // fontconfig was started
     std::map<std::pair<std::string, int>, std::string> m_mapFontFiles;
     std::set<std::string> m_setReported;
     std::map<std::string, FT_Face> m_mapFaces;
@@ -151,9 +152,13 @@ eGlyphCache::~eGlyphCache()
 {
     // The GL context lives as long as the process, and goes with it: the textures too.
     for (auto& f : m_mapFaces)
-        FT_Done_Face(f.second);
+        if (f.second)
+            FT_Done_Face(f.second);
     if (m_Library)
         FT_Done_FreeType(m_Library);
+    // fontconfig keeps its configuration until told to let go; nothing else here uses it.
+    if (m_bFontconfig)
+        FcFini();
 }
 
 std::string eGlyphCache::FontFile(std::string const& family, int style)
@@ -164,6 +169,7 @@ std::string eGlyphCache::FontFile(std::string const& family, int style)
     auto it = m_mapFontFiles.find(key);
     if (it != m_mapFontFiles.end())
         return it->second;
+    m_bFontconfig = true;
     std::string file = MatchFont(name, style);
     if (file.empty() && name != kDefaultFamily)
     {
