@@ -425,8 +425,12 @@ void main()
             [&](eRenderEngine* e, eRenderSystem* rs, eCamera* c, eViewport* v)
             {
                 for (eTileSet* tile : *e->GetGlobeModel()->GetVisibleTileSets(c))
+                {
                     if (tile->GetBounds().PtInRect(ePoint2D(10.0, 40.0)))
+                    {
                         EXPECT_EQ(op(tile, e, rs, c, v), 1);
+                    }
+                }
                 // Every unit is empty again, the first one active.
                 GLint active = 0;
                 glGetIntegerv(GL_ACTIVE_TEXTURE, &active);
