@@ -262,7 +262,6 @@ protected:
         auto* block = Block<float>(format, v, 0.0, 3.0, bounds);
         block->m_nWidth = block->m_nHeight = 4;
         m_pShading.reset(new Probe(block));
-        m_scene->Camera().SetDimensionMode((eDimensionMode)1);
         m_scene->Add(m_pShading.get());
         return m_pShading.get();
     }
@@ -380,8 +379,11 @@ TEST_F(HillShadingScene, OnlyTilesMeetingTheRasterDrawAndUpdatesStillApply)
 
 TEST_F(HillShadingScene, PassSettingsAndTheAssertionOutsideMode1)
 {
+    // The default camera on the globe: the pass is made, with no report.
+    KYR::Host::ClearAssertReports();
     Probe* p = AddShading();
     std::vector<eRecord> rec = RecordFrame();
+    EXPECT_TRUE(KYR::Host::GetAssertReports().empty());
     std::vector<eRecord> queued = Of(rec, eRecord::Queue);
     ASSERT_EQ(queued.size(), 1u);
     EXPECT_EQ(queued[0].op, "AddSolidTextureRenderable");
@@ -405,9 +407,11 @@ TEST_F(HillShadingScene, PassSettingsAndTheAssertionOutsideMode1)
     // The tiles draw through the pass: the program ran and drew.
     EXPECT_FALSE(Of(rec, eRecord::Draw).empty());
 
-    // Dimension mode 2: one report when the technique is made, then a blank pass.
+    // A flat 2-D view of the plane map: one report when the technique is made, then a blank
+    // pass.
     Probe other(nullptr);
-    m_scene->Camera().SetDimensionMode(eDM_3D);
+    m_scene->Camera().SetSceneMode(eSM_PLANE);
+    m_scene->Camera().SetDimensionMode(eDM_2D);
     KYR::Host::ClearAssertReports();
     eRenderQueue queue;
     other.UpdateRenderQueue(&m_scene->Engine(), &m_scene->Camera(), &m_scene->Viewport(), &queue);

@@ -176,7 +176,6 @@ TEST(CoordSys, LogicalAndMapFollowTheSceneMode)
     EXPECT_NEAR(rc.left, -10.0, 1e-9);
     EXPECT_NEAR(rc.top, 10.0, 1e-9);
     EXPECT_NEAR(cs.MapLengthToLogical(kR * kD2R), 1.0, 1e-12);
-    EXPECT_EQ(cs.GetBounds(), eRect2D(-180.0, 90.0, 180.0, -90.0));
 
     cs.SetSceneMode(eSM_PLANE);
     p = ePoint2D(123.0, 456.0);
@@ -185,6 +184,36 @@ TEST(CoordSys, LogicalAndMapFollowTheSceneMode)
     EXPECT_EQ(cs.MapLengthToLogical(500.0), 500.0);
     EXPECT_NEAR(cs.GetBounds().top, 20037508.342789244, 1e-3);
     EXPECT_NEAR(cs.GetIndexBounds().right, 20037508.342789244, 1e-6);
+}
+
+// The world's bounds are map metres in both modes, and the rectangle conversion turns them
+// into the whole logical world, also where a projection stops short of the poles.
+TEST_P(ProjectionRoundTrip, WholeWorldBoundsBecomeTheWholeLogicalWorld)
+{
+    eCoordSys cs(GetParam(), eSM_GLOBE);
+    eRect2D map = cs.GetBounds();
+    EXPECT_EQ(map, cs.GetPrjCoordSys().GetProjection()->GetMapBounds());
+    eRect2D logical;
+    cs.MapToLogicalRect(map, logical);
+    EXPECT_EQ(logical, eRect2D(-180.0, 90.0, 180.0, -90.0));
+    EXPECT_EQ(logical, cs.GetLogicalBounds());
+    cs.MapToLogicalRect(map, map); // in place
+    EXPECT_EQ(map, logical);
+    // A part of the world still goes through the projection: the way back covers the part
+    // (a conic's bounding rectangle holds more) and stays far from the whole world.
+    eRect2D part(-20.0, 40.0, 10.0, 30.0), back;
+    cs.LogicalToMapRect(part, back);
+    cs.MapToLogicalRect(back, back);
+    EXPECT_GE(back.top, part.top - 1e-6);
+    EXPECT_LE(back.bottom, part.bottom + 1e-6);
+    EXPECT_LT(back.Width(), 60.0);
+    EXPECT_LT(back.Height(), 40.0);
+
+    cs.SetSceneMode(eSM_PLANE);
+    map = cs.GetBounds();
+    cs.MapToLogicalRect(map, logical);
+    EXPECT_EQ(logical, map);
+    EXPECT_EQ(cs.GetLogicalBounds(), map);
 }
 
 TEST(CoordSys, LevelsAndResolutions)

@@ -180,9 +180,14 @@ double eCoordSys::GetRefResolution()
 
 eRect2D eCoordSys::GetBounds()
 {
+    return m_PrjCoordSys.GetProjection()->GetMapBounds();
+}
+
+eRect2D eCoordSys::GetLogicalBounds()
+{
     if (m_eSceneMode == eSM_GLOBE)
         return eRect2D(-180.0, 90.0, 180.0, -90.0);
-    return m_PrjCoordSys.GetProjection()->GetMapBounds();
+    return GetBounds();
 }
 
 eRect2D eCoordSys::GetIndexBounds()
@@ -252,6 +257,17 @@ void eCoordSys::MapToLogicalRect(eRect2D& map, eRect2D& logical)
     if (m_eSceneMode == eSM_PLANE)
     {
         logical = map;
+        return;
+    }
+    // The extent's own corners may lie outside what the inverse can reach (the corners of a
+    // conic's fan), and the Mercators' edges stand for everything beyond 85.05 degrees, so
+    // a rectangle over the whole extent is taken as the whole globe.
+    eRect2D extent = GetBounds();
+    double tolerance = 1e-9 * std::max(extent.Width(), std::fabs(extent.Height()));
+    if (map.left <= extent.left + tolerance && map.right >= extent.right - tolerance &&
+        map.top >= extent.top - tolerance && map.bottom <= extent.bottom + tolerance)
+    {
+        logical = GetLogicalBounds();
         return;
     }
     eProjection const* prj = m_PrjCoordSys.GetProjection();

@@ -1,6 +1,8 @@
 #include "eGlobeModel.h"
 #include "eCamera.h"
 #include "eCoordSys.h"
+#include "eFile.h"
+#include "eGlobeRelief.h"
 #include <algorithm>
 #include <cmath>
 #include <new>
@@ -61,7 +63,11 @@ eTileKey eTileKey::Make(int level, int column, int row)
     return key;
 }
 
-eGlobeModel::eGlobeModel() : m_pCacheCoordSys(nullptr), m_nCacheMode(0), m_nCacheProjection(0) {}
+eGlobeModel::eGlobeModel()
+    : m_pCacheCoordSys(nullptr), m_nCacheMode(0), m_nCacheProjection(0),
+      m_pRelief(new Host::eGlobeRelief()), m_bDefaultElevationPicture(true), m_bReliefDirty(true)
+{
+}
 
 eGlobeModel::~eGlobeModel()
 {
@@ -74,6 +80,42 @@ void eGlobeModel::ClearCache()
         delete t.second;
     m_mapTiles.clear();
     m_arTileSets.clear();
+}
+
+void eGlobeModel::SetElevationPicture(eString const& path)
+{
+    m_strElevationPicture = path;
+    m_bDefaultElevationPicture = false;
+    m_bReliefDirty = true;
+}
+
+eString eGlobeModel::GetElevationPicture() const
+{
+    // The globe effect's default, read from the work path as it stands now.
+    if (m_bDefaultElevationPicture)
+        return eSystem::GetWorkPath() + "Resources/Icons/elev_bump_4k.jpg";
+    return m_strElevationPicture;
+}
+
+void eGlobeModel::SetHeightMapping(double base, double scale)
+{
+    m_pRelief->SetHeightMapping(base, scale);
+    m_bReliefDirty = true;
+}
+
+Host::eGlobeRelief const& eGlobeModel::GetRelief()
+{
+    if (m_bReliefDirty)
+    {
+        eString path = GetElevationPicture();
+        if (path.IsEmpty())
+            m_pRelief->SetFlat();
+        else
+            m_pRelief->Load(path);
+        m_bReliefDirty = false;
+        ClearCache(); // tiles made on the old relief
+    }
+    return *m_pRelief;
 }
 
 int eGlobeModel::TileLevel(eCoordSys* coordSys, double resolution)
@@ -92,9 +134,10 @@ eTileSet* eGlobeModel::GetTile(eCoordSys* coordSys, int level, int column, int r
     double size = index.Width() / (double)(1 << level);
     eRect2D bounds(index.left + column * size, index.top - row * size,
                    index.left + (column + 1) * size, index.top - (row + 1) * size);
-    bounds.IntersectRect(coordSys->GetBounds());
-    eTileSet* tile =
-        bounds.IsEmpty() ? nullptr : new eTileSet(key, bounds, coordSys->GetSceneMode(), coordSys);
+    bounds.IntersectRect(coordSys->GetLogicalBounds());
+    eTileSet* tile = bounds.IsEmpty() ? nullptr
+                                      : new eTileSet(key, bounds, coordSys->GetSceneMode(),
+                                                     coordSys, m_pRelief.get());
     m_mapTiles[key.m_nKey] = tile;
     return tile;
 }
@@ -124,6 +167,8 @@ std::vector<eTileSet*>* eGlobeModel::GetVisibleTileSets(eCamera* camera)
     if (!coordSys)
         return nullptr;
     int mode = (int)coordSys->GetSceneMode();
+    if (mode == eSM_GLOBE)
+        GetRelief();
     int projection = coordSys->GetPrjCoordSys().GetTypeID();
     if (coordSys != m_pCacheCoordSys || mode != m_nCacheMode || projection != m_nCacheProjection)
     {
@@ -133,7 +178,7 @@ std::vector<eTileSet*>* eGlobeModel::GetVisibleTileSets(eCamera* camera)
         m_nCacheProjection = projection;
     }
     eRect2D view = camera->GetRenderBounds();
-    view.IntersectRect(coordSys->GetBounds());
+    view.IntersectRect(coordSys->GetLogicalBounds());
     m_arTileSets.clear();
     if (view.IsEmpty())
         return &m_arTileSets;

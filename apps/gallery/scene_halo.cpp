@@ -5,10 +5,7 @@
 #include "GalleryGeo.h"
 #include "eRenderGlobe.h"
 #include "eRenderGlobeHalo.h"
-#include "eHostTestMesh.h"
 #include "eRenderNightLight.h"
-#include "eRenderQueue.h"
-#include <epoxy/gl.h>
 
 namespace
 {
@@ -24,38 +21,6 @@ KYR::eRenderGlobe* AddEarth(KYR::Host::eScene& scene, Gallery::SceneKeep& keep)
     scene.Add(globe);
     return globe;
 }
-
-// The globe's relief stands up to about 140 km above the sea-level sphere on which the host
-// lays its tile overlays, so the night tiles would lie buried under it. Between the globe
-// (group 3) and the tiles (group 6) this replaces the depth picture with that of a sphere just
-// below sea level: the lights come out on top and the far side stays hidden.
-class SeaLevelDepth : public KYR::eRenderable
-{
-public:
-    SeaLevelDepth() : m_Shell(Gallery::kEarthRadius - 40000.0, 144, 72) {}
-    unsigned char Initialize(KYR::eRenderEngine* engine) override
-    {
-        return m_Shell.Initialize(engine);
-    }
-    unsigned char UpdateRenderQueue(KYR::eRenderEngine*, KYR::eCamera*, KYR::eViewport*,
-                                    KYR::eRenderQueue* queue) override
-    {
-        queue->GetQueueGroup(4)->AddSolidRenderable(m_Shell.GetMaterial()->GetTechnique(0), this);
-        return 1;
-    }
-    unsigned char Render(KYR::eRenderEngine* engine, KYR::eRenderSystem* rs, KYR::eCamera* camera,
-                         KYR::eViewport* viewport) override
-    {
-        glClear(GL_DEPTH_BUFFER_BIT);
-        glColorMask(GL_FALSE, GL_FALSE, GL_FALSE, GL_FALSE);
-        unsigned char ok = m_Shell.Render(engine, rs, camera, viewport);
-        glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
-        return ok;
-    }
-
-private:
-    KYR::Host::eHostTestMesh m_Shell;
-};
 
 void AddHalo(KYR::Host::eScene& scene, Gallery::SceneKeep& keep)
 {
@@ -93,7 +58,6 @@ bool BuildNightLight(KYR::Host::eScene& scene, Gallery::SceneKeep& keep)
     scene.Engine().SetSunTime(2026, 3, 20, 4.5);
     scene.Camera().LookAt(15.0, 35.0, 1.6e7, 0.0, 0.0);
     AddEarth(scene, keep);
-    scene.Add(keep.Keep(new SeaLevelDepth()));
     auto* lights = keep.Keep(new KYR::eRenderNightLight());
     lights->SetImagePath(KYR::eSystem::GetWorkPath() + "Resources/Icons/night.jpg");
     double k = Gallery::kEarthRadius * Gallery::kDegToRad; // plate carree map metres

@@ -1,10 +1,10 @@
 // Scenes "hillshade" and "hillshade-update": a synthetic terrain raster (ridges and valleys
 // over a continent-sized rectangle, 1024 x 1024 floats) coloured and relief-shaded over the
-// globe's tiles. The second scene draws one frame, then a loader thread replaces the raster
-// through UpdateTexture, and the saved frame shows the new one.
+// tiles of the globe with its relief. The second scene draws one frame, then a loader thread
+// replaces the raster through UpdateTexture, and the saved frame shows the new one.
 #include "Gallery.h"
 #include "GalleryGeo.h"
-#include "eHostTestMesh.h"
+#include "eRenderGlobe.h"
 #include "eRenderHillShading.h"
 #include <algorithm>
 #include <cmath>
@@ -93,16 +93,16 @@ KYR::eRasterBlock* MakeBlock()
     return block;
 }
 
+// The raster lies on the tiles, which follow the globe's relief, so it stays on top of the
+// mountains the globe draws.
 KYR::eRenderHillShading* AddShading(KYR::Host::eScene& scene, Gallery::SceneKeep& keep)
 {
     scene.SetClearColor(0.01f, 0.01f, 0.03f, 1.0f);
-    // The tile draw of hill shading is made for dimension mode 1.
-    scene.Camera().SetDimensionMode((KYR::eDimensionMode)1);
+    scene.Engine().SetSunTime(2026, 3, 20, 5.0); // morning over Asia
     scene.Camera().LookAt(100.0, 33.0, 14000000.0, 0.0, 10.0);
-    // The backdrop sits a little inside the tiles so the coarser tile grid stays in front.
-    auto* earth = keep.Keep(new KYR::Host::eHostTestMesh(6378137.0 - 40000.0, 360, 180));
-    earth->SetColor(KYR::eVector4T<float>(0.12f, 0.2f, 0.35f, 1.0f));
-    scene.Add(earth);
+    auto* globe = keep.Keep(new KYR::eRenderGlobe());
+    globe->SetUseTexture(1);
+    scene.Add(globe);
     auto* shading = keep.Keep(new KYR::eRenderHillShading(MakeBlock()));
     scene.Add(shading);
     return shading;
@@ -137,17 +137,19 @@ bool BuildHillShadeUpdate(KYR::Host::eScene& scene, Gallery::SceneKeep& keep)
     return true;
 }
 
-Gallery::Register s_hillshade({"hillshade",
-                               "hill-shaded terrain raster over the globe's tiles",
-                               KYR::eSM_GLOBE,
-                               KYR::PJ_PLATE_CARREE,
-                               {},
-                               BuildHillShade});
-Gallery::Register s_hillshadeUpdate({"hillshade-update",
-                                     "hill shading after a loader thread replaced the raster",
-                                     KYR::eSM_GLOBE,
-                                     KYR::PJ_PLATE_CARREE,
-                                     {},
-                                     BuildHillShadeUpdate});
+Gallery::Register
+    s_hillshade({"hillshade",
+                 "hill-shaded terrain raster over the globe's tiles",
+                 KYR::eSM_GLOBE,
+                 KYR::PJ_PLATE_CARREE,
+                 {"Resources/Icons/WGS84-Globe.jpg", "Resources/Icons/elev_bump_4k.jpg"},
+                 BuildHillShade});
+Gallery::Register
+    s_hillshadeUpdate({"hillshade-update",
+                       "hill shading after a loader thread replaced the raster",
+                       KYR::eSM_GLOBE,
+                       KYR::PJ_PLATE_CARREE,
+                       {"Resources/Icons/WGS84-Globe.jpg", "Resources/Icons/elev_bump_4k.jpg"},
+                       BuildHillShadeUpdate});
 
 } // namespace

@@ -116,8 +116,12 @@ public:
     // system, when set, is switched to the same mode.
     void SetSceneMode(eSceneMode mode);
     eSceneMode GetSceneMode() { return m_eSceneMode; }
-    eDimensionMode GetDimensionMode() { return m_eDimensionMode; }
-    // The host reports eDM_3D unless told otherwise.
+    // eDM_3D (the default) unless the application declared a flat view; the globe has no
+    // flat view, so in eSM_GLOBE the camera reports eDM_3D whatever was set (eEnums.h).
+    eDimensionMode GetDimensionMode()
+    {
+        return m_eSceneMode == eSM_GLOBE ? eDM_3D : m_eDimensionMode;
+    }
     void SetDimensionMode(eDimensionMode mode) { m_eDimensionMode = mode; }
     // Not owned. Used to convert look-at points between modes and to limit the
     // render bounds on the plane.

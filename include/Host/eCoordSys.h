@@ -136,12 +136,16 @@ public:
     double PixelToWorld(eSceneMode mode, double pixels, double resolution);
     // Resolution of level 0 in metres per pixel.
     double GetRefResolution();
-    // Logical extent of the world: (-180, 90, 180, -90) on the globe, the
-    // projection's map extent on the plane.
+    // Map extent of the world in map metres, in both scene modes: the projection's
+    // extent. MapToLogicalRect turns it into the logical extent (GetLogicalBounds), so a
+    // picture of the whole Earth handed through the two covers the whole globe.
     eRect2D GetBounds();
-    // The square that the level 0 tile covers: (-180, 180, 180, -180) on the globe;
-    // on the plane the square of half side 20037508.342789244 metres (half the
-    // equator) around the map origin.
+    // Logical extent of the world: (-180, 90, 180, -90) on the globe, the map extent on
+    // the plane.
+    eRect2D GetLogicalBounds();
+    // The square that the level 0 tile covers, in logical coordinates:
+    // (-180, 180, 180, -180) on the globe; on the plane the square of half side
+    // 20037508.342789244 metres (half the equator) around the map origin.
     eRect2D GetIndexBounds();
     ePrjCoordSys& GetPrjCoordSys() { return m_PrjCoordSys; }
 
@@ -158,6 +162,10 @@ public:
     // unchanged on the plane.
     virtual double MapLengthToLogical(double length);
     virtual void MapToLogicalPoint(ePoint2D& map, ePoint2D& logical);
+    // On the globe a rectangle that holds the whole map extent (GetBounds) gives the
+    // whole globe, also where the projection cannot reach the poles (the Mercators stop
+    // at 85.05 degrees, the conics short of one pole); other rectangles go through the
+    // inverse projection as LogicalToMapRect does. Unchanged on the plane.
     virtual void MapToLogicalRect(eRect2D& map, eRect2D& logical);
 
 private:

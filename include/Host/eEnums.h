@@ -111,10 +111,15 @@ enum eSceneMode
     eSM_PLANE = 2,
 };
 
+// How the camera's view is drawn. eDM_2D is a flat 2-D view: the plane map seen straight from
+// above, whose visible rectangle (the render bounds) is all there is to see. eDM_3D is every
+// other view: the globe always, and the plane map unless the application declares it flat.
+// Effects that depend on it: the tile overlays (hill shading, tiling) build their pass only
+// in eDM_3D; dynamic winds take the engine's render bounds as they are only in eDM_2D.
 enum eDimensionMode
 {
-    eDM_2D = 1,
-    eDM_3D = 2,
+    eDM_2D = 0,
+    eDM_3D = 1,
 };
 
 // Projection type codes of the projection library.

@@ -17,18 +17,50 @@ class eIndexData;
 class eCoordSys;
 struct tagTextGlyph;
 
+// Where a line of text stands against its anchor: one horizontal and one vertical value,
+// added. Horizontal: left (4, also 0), centre (8), right (12) of the line at the anchor.
+// Vertical: the baseline (0), the top (1), the bottom (2) or the middle (3) of the line's
+// cells at the anchor. The label parts of compose objects pass 6 (left, bottom: the text
+// runs right and up from its anchor), the iso-line labels 10 (centred on the anchor, on
+// top of the line).
+class eGeoTextStyle
+{
+public:
+    enum TextAlign
+    {
+        eTA_BASELINE = 0,
+        eTA_TOP = 1,
+        eTA_BOTTOM = 2,
+        eTA_MIDDLE = 3,
+        eTA_VERTICAL_MASK = 3,
+        eTA_LEFT = 4,
+        eTA_CENTER = 8,
+        eTA_RIGHT = 12,
+        eTA_HORIZONTAL_MASK = 12,
+    };
+};
+
 class eGLCanvas
 {
 public:
     // Unit normal of the face through three points (counter-clockwise front).
     static eVector3T<float> ComputeFaceNormal(eVector3T<float> const& a, eVector3T<float> const& b,
                                               eVector3T<float> const& c);
-    // Lays glyphs out as one strip of four vertices each (float 3, float 2, byte 4)
-    // and records in starts where each glyph's indices begin.
+    // Lays out one line of glyphs (eText.h) as one triangle strip of four vertices per glyph,
+    // appended to `vertices` and `indices`, and sets `starts` to the index where each
+    // glyph's four indices begin, one entry per glyph (a null glyph gets an empty quad). A
+    // store without elements gets the layout float 3 position (attribute 0), float 2
+    // texture coordinate (7), 4 normalised bytes of colour (2), vertex type 133, 24 bytes;
+    // a store with another layout is reported and left alone. The quads run bottom-left,
+    // bottom-right, top-left, top-right with texture coordinates (0, v), (u, v), (0, 0),
+    // (u, 0) of the glyph's cell, counter-clockwise in x right, y up. Positions are pixels
+    // of the line placed against `anchor` (pixels) by `align` (eGeoTextStyle::TextAlign),
+    // converted with coordSys->PixelToWorld(mode, scale, value) (value * scale without a
+    // coordinate system), and moved by `offset` (z included). Every vertex has `color`.
     static void Text(eVertexData* vertices, eIndexData* indices, std::vector<int>& starts,
                      eSceneMode mode, eCoordSys* coordSys, ePoint2D const& anchor, double scale,
                      std::vector<tagTextGlyph*>& glyphs, eVector4T<unsigned char> const& color,
-                     int align, eVector3T<double> const& offset);
+                     int align, eVector3T<double> const& offset = eVector3T<double>());
 };
 
 // Emits six vertices per point.

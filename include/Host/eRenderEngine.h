@@ -62,6 +62,7 @@ public:
     unsigned int GetPlotLineTexture();
     eRenderTextureBuffer* GetTextureBuffer();
     eVector3T<double>& GetSunPosition();
+    // Text to glyphs: eTextContext::GetTextGlyphsFromCache (eText.h), the process's cache.
     unsigned char GetStringTextGlyph(eString const& text, int width, int height,
                                      eString const& font, int style,
                                      std::vector<tagTextGlyph*>& glyphs);
