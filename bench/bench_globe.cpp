@@ -15,10 +15,8 @@ public:
     void BuildMesh()
     {
         InitializeSpherical();
-        delete m_pVertexData;
-        delete m_pIndexData;
-        m_pVertexData = nullptr;
-        m_pIndexData = nullptr;
+        m_pVertexData.Reset();
+        m_pIndexData.Reset();
     }
 };
 
