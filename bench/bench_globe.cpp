@@ -55,7 +55,6 @@ void BM_GlobeFrame(benchmark::State& state)
     for (auto _ : state)
         scene.RenderFrame(); // ends with glFinish
     scene.Remove(&globe);
-    globe.UnInitialize(&scene.Engine());
     state.SetItemsProcessed(state.iterations());
 }
 
