@@ -97,6 +97,17 @@ bool UpdateFormat(int format, GLint& internal, GLenum& type)
     }
 }
 
+// Frees the queued records with their rasters and empties the queue.
+void DeleteRecords(std::vector<eTextureUpdate*>& updates)
+{
+    for (eTextureUpdate* update : updates)
+    {
+        delete update->m_pInfo;
+        delete update;
+    }
+    updates.clear();
+}
+
 } // namespace
 
 eRenderHillShading::eRenderHillShading(eRasterBlock* block)
@@ -112,11 +123,7 @@ eShared<eRenderHillShading::eTextureUpdates> eRenderHillShading::NewTextureUpdat
     return eShared<eTextureUpdates>(new eTextureUpdates(),
                                     [](eTextureUpdates* updates)
                                     {
-                                        for (eTextureUpdate* update : *updates)
-                                        {
-                                            delete update->m_pInfo;
-                                            delete update;
-                                        }
+                                        DeleteRecords(*updates);
                                         delete updates;
                                     });
 }
@@ -249,12 +256,7 @@ void eRenderHillShading::UpdateTexture(int x, int y, eTextureInfo* info)
 
 void eRenderHillShading::ClearTextureUpdates()
 {
-    for (eTextureUpdate* update : *m_arTextureUpdates)
-    {
-        delete update->m_pInfo;
-        delete update;
-    }
-    m_arTextureUpdates->clear();
+    DeleteRecords(*m_arTextureUpdates);
 }
 
 void eRenderHillShading::ApplyTextureUpdates()
