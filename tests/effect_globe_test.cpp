@@ -375,6 +375,24 @@ TEST_F(EffectTest, GlobeUnInitializeReleasesAllButTheDepthTextureId)
     EXPECT_FALSE(glIsTexture(depth));
 }
 
+TEST_F(EffectTest, GlobeKeptDepthNumberIsNotDeletedAgainOnceReused)
+{
+    auto* g = new ProbeGlobe();
+    m_scene->Add(g);
+    unsigned int depth = g->m_nDepthTexture;
+    ASSERT_NE(depth, 0u);
+    g->UnInitialize(&m_scene->Engine());
+    // Someone else's texture now bears the number (the compatibility profile makes one on
+    // binding an unused name); neither a second UnInitialize nor the destructor may delete it.
+    glBindTexture(GL_TEXTURE_2D, depth);
+    glBindTexture(GL_TEXTURE_2D, 0);
+    ASSERT_TRUE(glIsTexture(depth));
+    g->UnInitialize(&m_scene->Engine());
+    delete g;
+    EXPECT_TRUE(glIsTexture(depth));
+    glDeleteTextures(1, &depth);
+}
+
 TEST_F(EffectTest, GlobeSunSideIsBrightAndShowsTheEarthMap)
 {
     // West half red, east half blue; the sun stands over 90 W, the camera over (0, 0).
