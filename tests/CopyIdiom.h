@@ -125,8 +125,10 @@ TYPED_TEST_P(CopyIdiom, CopiesShareAndTheLastHolderFrees)
         ASSERT_TRUE(holders[0]);
         std::vector<unsigned char> reference = this->DrawAlone(holders[0].get());
         if (CopyIdiomDetail::Draws<Subject>(0))
+        {
             ASSERT_TRUE(CopyIdiomDetail::Drawn(reference, this->m_empty))
                 << "what Make() returns draws nothing in the scene";
+        }
 
         holders[1].reset(new TypeParam(*holders[0]));
         holders[2].reset(Subject::Make(*this->m_scene));
