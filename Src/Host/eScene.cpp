@@ -4,11 +4,31 @@
 #include "eRenderQueueVisitor.h"
 #include <epoxy/gl.h>
 #include <algorithm>
+#include <mutex>
 
 namespace KYR
 {
 namespace Host
 {
+
+namespace
+{
+
+// The scenes alive, so that an effect destroyed while in one can leave it. Never destroyed:
+// effects with static storage may die after every other static.
+std::mutex& ScenesMutex()
+{
+    static std::mutex* s_mutex = new std::mutex();
+    return *s_mutex;
+}
+
+std::vector<eScene*>& Scenes()
+{
+    static std::vector<eScene*>* s_scenes = new std::vector<eScene*>();
+    return *s_scenes;
+}
+
+} // namespace
 
 eScene::eScene(int width, int height, eSceneMode mode, int projectionType)
     : m_nWidth(width), m_nHeight(height), m_Canvas(&m_CoordSys), m_Camera(&m_Viewport)
@@ -22,19 +42,34 @@ eScene::eScene(int width, int height, eSceneMode mode, int projectionType)
     m_Engine.SetGlobeModel(&m_GlobeModel);
     m_Engine.GetTextureBuffer()->SetSize(width, height);
     m_bReady = eGLContext::Get().Ensure(width, height);
+    std::lock_guard<std::mutex> lock(ScenesMutex());
+    Scenes().push_back(this);
 }
 
 eScene::~eScene()
 {
-    if (m_bReady)
-        m_Engine.ReleaseResources();
+    std::vector<eRenderable*> left;
+    {
+        std::lock_guard<std::mutex> lock(ScenesMutex());
+        std::vector<eScene*>& scenes = Scenes();
+        scenes.erase(std::remove(scenes.begin(), scenes.end(), this), scenes.end());
+        left.swap(m_arEffects);
+    }
+    if (!m_bReady)
+        return;
+    for (eRenderable* effect : left)
+        effect->UnInitialize(&m_Engine);
+    m_Engine.ReleaseResources();
 }
 
 void eScene::Add(eRenderable* effect)
 {
     if (!effect)
         return;
-    m_arEffects.push_back(effect);
+    {
+        std::lock_guard<std::mutex> lock(ScenesMutex());
+        m_arEffects.push_back(effect);
+    }
     effect->Create(&m_Camera, 0.0, &m_Canvas);
     if (m_bReady)
         effect->Initialize(&m_Engine);
@@ -42,8 +77,18 @@ void eScene::Add(eRenderable* effect)
 
 void eScene::Remove(eRenderable* effect)
 {
+    std::lock_guard<std::mutex> lock(ScenesMutex());
     m_arEffects.erase(std::remove(m_arEffects.begin(), m_arEffects.end(), effect),
                       m_arEffects.end());
+}
+
+void eScene::Forget(eRenderable* effect)
+{
+    std::lock_guard<std::mutex> lock(ScenesMutex());
+    for (eScene* scene : Scenes())
+        scene->m_arEffects.erase(
+            std::remove(scene->m_arEffects.begin(), scene->m_arEffects.end(), effect),
+            scene->m_arEffects.end());
 }
 
 void eScene::SetClearColor(float r, float g, float b, float a)

@@ -111,13 +111,14 @@ int RunScene(Gallery::SceneDef const& def, Options const& o)
 {
     if (MissingResources(def))
         return 1;
+    // The effects outlive the scene, which uninitialises those still in it when it goes.
+    Gallery::SceneKeep keep;
     KYR::Host::eScene scene(o.width, o.height, def.mode, def.projectionType);
     if (!scene.IsReady())
     {
         std::fprintf(stderr, "kyr-gallery: no OpenGL context for scene \"%s\"\n", def.name.c_str());
         return 1;
     }
-    Gallery::SceneKeep keep;
     if (!def.build(scene, keep))
     {
         std::fprintf(stderr, "kyr-gallery: scene \"%s\" could not be built\n", def.name.c_str());
