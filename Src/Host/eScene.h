@@ -21,7 +21,8 @@ class eScene
 {
 public:
     // Creates the GL context (once per process) at the given size.
-    eScene(int width, int height, eSceneMode mode = eSM_GLOBE, int projectionType = PJ_PLATE_CARREE);
+    eScene(int width, int height, eSceneMode mode = eSM_GLOBE,
+           int projectionType = PJ_PLATE_CARREE);
     ~eScene();
     eScene(eScene const&) = delete;
     eScene& operator=(eScene const&) = delete;
@@ -40,6 +41,13 @@ public:
     void Add(eRenderable* effect);
     void Remove(eRenderable* effect);
     void SetClearColor(float r, float g, float b, float a);
+    // The effects added, in the order they were added.
+    std::vector<eRenderable*> const& Effects() const { return m_arEffects; }
+
+    // A click at mouse pixel (px, py), y counted from the top row: the ray through it goes to
+    // every effect's Query, which selects what it hits and reports it to its own callback.
+    // `keep` keeps the selections of earlier clicks.
+    void Pick(int px, int py, bool keep);
 
     // One frame: queue every effect, draw the groups in rising number.
     void RenderFrame();
