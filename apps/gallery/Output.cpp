@@ -8,62 +8,84 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
-#include <memory>
 #include <typeinfo>
 
 namespace Gallery
 {
 
-bool WriteAnimatedWebP(std::string const& path, Frames const& frames, int width, int height,
-                       int frameMs, std::string& error)
+struct AnimatedWebP::Encoder
+{
+    WebPAnimEncoder* encoder = nullptr;
+    WebPConfig config;
+};
+
+AnimatedWebP::AnimatedWebP(int width, int height, int frameMs)
+    : m_pEncoder(new Encoder()), m_nWidth(width), m_nHeight(height), m_nFrameMs(frameMs)
 {
     WebPAnimEncoderOptions options;
-    WebPConfig config;
-    if (!WebPAnimEncoderOptionsInit(&options) || !WebPConfigInit(&config))
+    if (!WebPAnimEncoderOptionsInit(&options) || !WebPConfigInit(&m_pEncoder->config))
     {
-        error = "the WebP library does not match its headers";
-        return false;
+        m_strError = "the WebP library does not match its headers";
+        return;
     }
     options.anim_params.loop_count = 0; // for ever
     // Lossy frames: effects over the Earth map compress poorly without loss, and method 2
     // keeps encoding quick on a software renderer's machine.
-    config.quality = 80.0f;
-    config.method = 2;
-    std::unique_ptr<WebPAnimEncoder, void (*)(WebPAnimEncoder*)> encoder(
-        WebPAnimEncoderNew(width, height, &options), WebPAnimEncoderDelete);
-    if (!encoder)
+    m_pEncoder->config.quality = 80.0f;
+    m_pEncoder->config.method = 2;
+    m_pEncoder->encoder = WebPAnimEncoderNew(width, height, &options);
+    if (!m_pEncoder->encoder)
+        m_strError = "cannot start the WebP encoder";
+}
+
+AnimatedWebP::~AnimatedWebP()
+{
+    if (m_pEncoder->encoder)
+        WebPAnimEncoderDelete(m_pEncoder->encoder);
+    delete m_pEncoder;
+}
+
+bool AnimatedWebP::Add(std::vector<unsigned char> const& rgba)
+{
+    if (!m_pEncoder->encoder || rgba.size() != (size_t)m_nWidth * m_nHeight * 4)
     {
-        error = "cannot start the WebP encoder";
+        if (m_strError.empty())
+            m_strError = "a frame of the wrong size";
         return false;
     }
-    int timestamp = 0;
-    for (auto const& rgba : frames)
+    WebPPicture picture;
+    if (!WebPPictureInit(&picture))
     {
-        WebPPicture picture;
-        if (!WebPPictureInit(&picture))
-        {
-            error = "the WebP library does not match its headers";
-            return false;
-        }
-        picture.use_argb = 1;
-        picture.width = width;
-        picture.height = height;
-        bool ok = WebPPictureImportRGBA(&picture, rgba.data(), width * 4) &&
-                  WebPAnimEncoderAdd(encoder.get(), &picture, timestamp, &config);
-        WebPPictureFree(&picture);
-        if (!ok)
-        {
-            error = std::string("WebP encoding failed: ") + WebPAnimEncoderGetError(encoder.get());
-            return false;
-        }
-        timestamp += frameMs;
+        m_strError = "the WebP library does not match its headers";
+        return false;
     }
+    picture.use_argb = 1;
+    picture.width = m_nWidth;
+    picture.height = m_nHeight;
+    bool ok = WebPPictureImportRGBA(&picture, rgba.data(), m_nWidth * 4) &&
+              WebPAnimEncoderAdd(m_pEncoder->encoder, &picture, m_nTimestamp, &m_pEncoder->config);
+    WebPPictureFree(&picture);
+    if (!ok)
+    {
+        m_strError =
+            std::string("WebP encoding failed: ") + WebPAnimEncoderGetError(m_pEncoder->encoder);
+        return false;
+    }
+    m_nTimestamp += m_nFrameMs;
+    return true;
+}
+
+bool AnimatedWebP::Write(std::string const& path)
+{
+    if (!m_pEncoder->encoder)
+        return false;
     WebPData data;
     WebPDataInit(&data);
-    if (!WebPAnimEncoderAdd(encoder.get(), nullptr, timestamp, nullptr) ||
-        !WebPAnimEncoderAssemble(encoder.get(), &data))
+    if (!WebPAnimEncoderAdd(m_pEncoder->encoder, nullptr, m_nTimestamp, nullptr) ||
+        !WebPAnimEncoderAssemble(m_pEncoder->encoder, &data))
     {
-        error = std::string("WebP encoding failed: ") + WebPAnimEncoderGetError(encoder.get());
+        m_strError =
+            std::string("WebP encoding failed: ") + WebPAnimEncoderGetError(m_pEncoder->encoder);
         return false;
     }
     std::ofstream out(path, std::ios::binary);
@@ -71,7 +93,7 @@ bool WriteAnimatedWebP(std::string const& path, Frames const& frames, int width,
     WebPDataClear(&data);
     if (!out.flush())
     {
-        error = "cannot write \"" + path + "\"";
+        m_strError = "cannot write \"" + path + "\"";
         return false;
     }
     return true;

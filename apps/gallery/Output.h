@@ -9,13 +9,28 @@
 namespace Gallery
 {
 
-// Frames of RGBA bytes, row 0 at the top, each width * height * 4.
-using Frames = std::vector<std::vector<unsigned char>>;
+// An endlessly looping animated WebP, each frame shown frameMs milliseconds. Frames are
+// encoded as they are added, so a long animation does not pile up in memory. Add and Write
+// are false, with a reason in Error(), when encoding or writing fails.
+class AnimatedWebP
+{
+public:
+    AnimatedWebP(int width, int height, int frameMs);
+    ~AnimatedWebP();
+    AnimatedWebP(AnimatedWebP const&) = delete;
+    AnimatedWebP& operator=(AnimatedWebP const&) = delete;
 
-// Writes an endlessly looping animated WebP, each frame shown frameMs milliseconds. False with
-// a reason in `error` when encoding or writing fails.
-bool WriteAnimatedWebP(std::string const& path, Frames const& frames, int width, int height,
-                       int frameMs, std::string& error);
+    // RGBA bytes, row 0 at the top, width * height * 4.
+    bool Add(std::vector<unsigned char> const& rgba);
+    bool Write(std::string const& path);
+    std::string const& Error() const { return m_strError; }
+
+private:
+    struct Encoder;
+    Encoder* m_pEncoder;
+    int m_nWidth, m_nHeight, m_nFrameMs, m_nTimestamp = 0;
+    std::string m_strError;
+};
 
 // The effect classes of the library among the scene's effects, in the order first added
 // (host-side helpers of a scene are left out).

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <sys/stat.h>
 
@@ -115,26 +116,40 @@ bool MissingResources(Gallery::SceneDef const& def)
 }
 
 // Draws the frames of an animation after the still picture. A scene whose frames all equal
-// the first does not move, and gets no animation.
+// the first does not move, and gets no animation; the encoder starts at the first change.
 bool Animate(KYR::Host::eScene& scene, Gallery::SceneDef const& def, Options const& o,
              Gallery::Card& card)
 {
-    Gallery::Frames frames;
-    bool moves = false;
+    std::vector<unsigned char> first;
+    int same = 0; // frames equal to the first, not yet encoded
+    std::unique_ptr<Gallery::AnimatedWebP> webp;
     for (int f = 0; f < o.animate; ++f)
     {
         scene.RenderFrame();
-        frames.push_back(scene.ReadPixels());
-        moves = moves || frames.back() != frames.front();
+        std::vector<unsigned char> frame = scene.ReadPixels();
+        if (f == 0)
+            first = frame;
+        if (!webp && frame == first)
+        {
+            ++same;
+            continue;
+        }
+        if (!webp)
+        {
+            webp.reset(new Gallery::AnimatedWebP(o.width, o.height, kFrameMs));
+            for (; same > 0; --same)
+                webp->Add(first);
+        }
+        webp->Add(frame);
     }
-    if (!moves)
+    if (!webp)
         return true;
-    std::string error;
     card.animation = def.name + ".webp";
-    if (!Gallery::WriteAnimatedWebP(o.out + "/" + card.animation, frames, o.width, o.height,
-                                    kFrameMs, error))
+    if (!webp->Write(o.out + "/" + card.animation))
     {
-        std::fprintf(stderr, "kyr-gallery: scene \"%s\": %s\n", def.name.c_str(), error.c_str());
+        std::fprintf(stderr, "kyr-gallery: scene \"%s\": %s\n", def.name.c_str(),
+                     webp->Error().c_str());
+        card.animation.clear();
         return false;
     }
     std::printf("%s/%s  (%d frames)\n", o.out.c_str(), card.animation.c_str(), o.animate);
