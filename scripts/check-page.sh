@@ -1,12 +1,13 @@
 #!/usr/bin/env bash
 # Looks at the gallery's page in headless Chromium: every picture on it must load, and a
 # screenshot of it must not be blank. scripts/check-page.sh [DIR] (default gallery-out,
-# as written by scripts/gallery.sh). Installs Chromium when it is missing.
+# as written by scripts/gallery.sh). Installs Chromium (and the test packages, for the
+# picture checker) when they are missing.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 dir=$(cd "${1:-gallery-out}" && pwd)
 [ -f "$dir/index.html" ] || { echo "check-page: no $dir/index.html (run scripts/gallery.sh)" >&2; exit 1; }
-bash scripts/deps.sh build page
+bash scripts/deps.sh build test page
 build=${KYR_BUILD_DIR:-build}
 cmake -S . -B "$build" > /dev/null
 cmake --build "$build" --target kyr-image-check > /dev/null
