@@ -91,6 +91,21 @@ void eScene::Forget(eRenderable* effect)
             scene->m_arEffects.end());
 }
 
+void eScene::Pick(int px, int py, bool keep)
+{
+    if (!m_bReady)
+        return;
+    eGLContext::Get().Ensure(m_nWidth, m_nHeight); // effects read their buffers back
+    eQueryFilter filter;
+    m_Camera.PickingRay(px, py, filter.m_vOrigin, filter.m_vDirection);
+    filter.m_bKeep = keep ? 1 : 0;
+    for (eRenderable* effect : m_arEffects)
+    {
+        double depth = 0.0;
+        effect->Query(&m_Engine, &m_Camera, &filter, depth);
+    }
+}
+
 void eScene::SetClearColor(float r, float g, float b, float a)
 {
     m_Clear[0] = r;
@@ -194,9 +209,15 @@ void eScene::RenderFrame()
     m_Engine.AdvanceFrame();
 }
 
-std::vector<unsigned char> eScene::ReadPixels() const { return eGLContext::Get().ReadPixels(); }
+std::vector<unsigned char> eScene::ReadPixels() const
+{
+    return eGLContext::Get().ReadPixels();
+}
 
-bool eScene::SavePNG(std::string const& path) const { return eGLContext::Get().SavePNG(path); }
+bool eScene::SavePNG(std::string const& path) const
+{
+    return eGLContext::Get().SavePNG(path);
+}
 
 } // namespace Host
 } // namespace KYR

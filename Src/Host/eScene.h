@@ -49,6 +49,13 @@ public:
     // Takes a dying effect out of every scene (called by eRenderable's destructor).
     static void Forget(eRenderable* effect);
     void SetClearColor(float r, float g, float b, float a);
+    // The effects added, in the order they were added.
+    std::vector<eRenderable*> const& Effects() const { return m_arEffects; }
+
+    // A click at mouse pixel (px, py), y counted from the top row: the ray through it goes to
+    // every effect's Query, which selects what it hits and reports it to its own callback.
+    // `keep` keeps the selections of earlier clicks.
+    void Pick(int px, int py, bool keep);
 
     // One frame: queue every effect, draw the groups in rising number.
     void RenderFrame();
