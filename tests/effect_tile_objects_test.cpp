@@ -517,7 +517,8 @@ template <> struct CopySubject<eRenderTileObject>
     static constexpr bool kSamePixels = true;
     static eRenderTileObject* Make(Host::eScene&)
     {
-        return TileSubject<eRenderTileObject>("GrayColorTile");
+        // The relief program: the plain tile object sends no value range to show.
+        return TileSubject<eRenderTileObject>("GrayTerrainTile");
     }
 };
 
