@@ -45,7 +45,7 @@ unsigned char eRenderGrowSet::Initialize(eRenderEngine*)
 // Buffers
 // ---------------------------------------------------------------------------------------------
 
-eVertexData* eRenderGrowSet::MakeStream(eVertexData* data, long long vertices)
+eVertexData* eRenderGrowSet::AttachBuffer(eVertexData* data, long long vertices)
 {
     eHardwareVertexBuffer* buffer = eHardwareBufferManager::GetSingleton().CreateVertexBuffer();
     int stride = data->GetVertexStride();
@@ -61,7 +61,7 @@ unsigned char eRenderGrowSet::CreateExtVertexBuffer()
     eVertexData* data = new eVertexData();
     data->SetVertexType(kColorVertexType);
     data->AddElement(eVET_UNSIGNED_BYTE, eVEC_4, eAI_COLOR, 1);
-    m_pExtVertexData.Reset(MakeStream(data, VertexCapacity()));
+    m_pExtVertexData.Reset(AttachBuffer(data, VertexCapacity()));
     return 1;
 }
 

@@ -92,8 +92,8 @@ protected:
     void UnbindStreams();
     // Whether a shape's indices, and the vertices they may reach, lie inside the buffers.
     bool DrawableShape(eGrowShape const* shape);
-    // A new stream with its hardware buffer of `vertices` records, all zero.
-    static eVertexData* MakeStream(eVertexData* data, long long vertices);
+    // Gives a stream a dynamic hardware buffer of `vertices` records, all zero, and returns it.
+    static eVertexData* AttachBuffer(eVertexData* data, long long vertices);
 
     int m_nPoolSize;
     int m_nVertexCount; // written so far; never reset

@@ -170,7 +170,7 @@ unsigned char eRenderLineGrowSet::CreateVertexBuffer()
     data->AddElement(eVET_BYTE, eVEC_4, eAI_ATTRIB4, 0);
     data->AddElement(eVET_FLOAT, eVEC_2, eAI_ATTRIB15, 0);
     data->AddElement(eVET_BYTE, eVEC_4, eAI_TEXCOORD0, 0);
-    m_pVertexData.Reset(MakeStream(data, VertexCapacity()));
+    m_pVertexData.Reset(AttachBuffer(data, VertexCapacity()));
     return 1;
 }
 

@@ -131,7 +131,7 @@ unsigned char eRenderRegionGrowSet::CreateVertexBuffer()
     eVertexData* data = new eVertexData();
     data->SetVertexType(kVertexType);
     data->AddElement(eVET_FLOAT, eVEC_4, eAI_POSITION, 0);
-    m_pVertexData.Reset(MakeStream(data, VertexCapacity()));
+    m_pVertexData.Reset(AttachBuffer(data, VertexCapacity()));
     return 1;
 }
 

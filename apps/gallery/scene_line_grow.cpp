@@ -20,12 +20,15 @@
 namespace
 {
 
-int const kPoints = 100;       // per route
-int const kStartEvery = 10;    // steps between the departures of two routes
-double const kLift = 200000.0; // metres: the ribbons stand clear of the ground
-double const kArc = 0.06;      // height at mid-route, as a share of the route's length
-float const kWidth = 5.0f;     // pixels
-int const kHeadStart = 1025;   // updates queued before the first frame: one frame's worth
+int const kPoints = 100;    // per route
+int const kStartEvery = 10; // steps between the departures of two routes
+// Metres. The set's pass pushes its depth back by a polygon offset that grows with the slope
+// of what it draws, so the ribbons stand this far clear of the ground and the view keeps
+// them near its centre.
+double const kLift = 200000.0;
+double const kArc = 0.06;    // height at mid-route, as a share of the route's length
+float const kWidth = 5.0f;   // pixels
+int const kHeadStart = 1025; // updates queued before the first frame: one frame's worth
 double const kSunLon = 40.0, kSunLat = 10.0;
 
 struct Route

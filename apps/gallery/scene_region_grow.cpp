@@ -18,7 +18,10 @@ namespace
 {
 
 double const kPi = 3.141592653589793;
-double const kLift = 350000.0; // metres: the regions stand clear of the ground
+// Metres. The set's pass pushes its depth back by a polygon offset that grows with the slope
+// of each triangle, so the regions stand this far clear of the ground, each flat on the
+// plane touching the sphere at its city (see below).
+double const kLift = 350000.0;
 double const kSunLon = 45.0, kSunLat = 10.0;
 KYR::eVector4T<unsigned char> const kGrey(120, 120, 130, 160);
 
