@@ -296,7 +296,9 @@ TEST_F(GrowSetTest, FrameSendsTheConstantsThenEachLinesColourWidthAndEdge)
     for (size_t i = 0; i < order.size(); ++i)
     {
         if (order[i] != "u_positionKind") // a constant the program does not read
+        {
             EXPECT_EQ(names[i], order[i]) << i;
+        }
         EXPECT_NEAR(values[i], expected[i], 1e-6 * std::max(1.0, expected[i])) << order[i];
     }
     std::vector<eRecord> colours;
@@ -415,7 +417,9 @@ TEST_F(GrowSetTest, ThreadedUpdatesAllArriveInOrderAtMost1025AFrameHiddenOrNot)
         ASSERT_GE(now, before);
         EXPECT_LE(now - before, 1025);
         if (producerDone) // everything is queued: each frame takes the full 1025
+        {
             EXPECT_EQ(now - before, std::min(1025, total - before));
+        }
         before = now;
     }
     producer.join();
