@@ -8,6 +8,7 @@
 #include "eProgram.h"
 #include "eProgramLibrary.h"
 #include "eRenderAntiAliasingLine.h"
+#include "eRenderIsoLineGradationObject.h"
 #include <epoxy/gl.h>
 #include <cmath>
 
@@ -312,6 +313,29 @@ TEST_F(PlaneLineTest, PolygonTrianglesCoverItsAreaExactly)
     EXPECT_EQ(wrong, 0);
 }
 
+TEST_F(EffectTest, IsoLinesAddedAfterInitializeAreDrawnAtTheirHeight)
+{
+    eRenderIsoLineGradationObject lines;
+    m_scene->Add(&lines); // initialised with nothing to draw
+    std::vector<eVector3T<double>> points;
+    for (int i = 0; i < 30002; ++i)
+        points.push_back({-10.0 + i * 0.0005, 0.0, 0.0});
+    lines.AddLine(points);
+    std::vector<eRecord> records = RecordFrame();
+    m_scene->Remove(&lines);
+    std::vector<eRecord> draws = Draws(records, "glDrawElements");
+    ASSERT_EQ(draws.size(), 2u);
+    EXPECT_EQ(draws[0].count + draws[1].count, 2 * 30002);
+    bool sawHeight = false;
+    for (eRecord const& r : records)
+        if (r.kind == eRecord::Uniform && r.uniform == "u_relativeHeight")
+        {
+            sawHeight = true;
+            EXPECT_EQ(r.values.at(0), 1000.0);
+        }
+    EXPECT_TRUE(sawHeight);
+}
+
 // ----- copies -------------------------------------------------------------------------------
 
 namespace
@@ -350,6 +374,22 @@ template <> struct CopySubject<eRenderAntiAliasingLine>
     }
 };
 
+template <> struct CopySubject<eRenderIsoLineGradationObject>
+{
+    static constexpr bool kSamePixels = true;
+    static eRenderIsoLineGradationObject* Make(Host::eScene&)
+    {
+        auto* lines = new eRenderIsoLineGradationObject();
+        std::vector<eVector3T<double>> ring;
+        for (int i = 0; i <= 72; ++i)
+            ring.push_back(
+                {30.0 * std::cos(i * 0.0872664626), 30.0 * std::sin(i * 0.0872664626), 0.0});
+        lines->AddLine(ring);
+        lines->SetLineWidth(3.0f);
+        return lines;
+    }
+};
+
 template <> struct CopySubject<eCustomRenderPoly>
 {
     static constexpr bool kSamePixels = true;
@@ -376,6 +416,6 @@ template <> struct CopySubject<eCustomRenderPoly>
     }
 };
 
-using CustomLineTypes =
-    ::testing::Types<eCustomRenderLine, eRenderAntiAliasingLine, eCustomRenderPoly>;
+using CustomLineTypes = ::testing::Types<eCustomRenderLine, eRenderAntiAliasingLine,
+                                         eRenderIsoLineGradationObject, eCustomRenderPoly>;
 INSTANTIATE_TYPED_TEST_SUITE_P(CustomLines, CopyIdiom, CustomLineTypes);
