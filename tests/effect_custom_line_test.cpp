@@ -129,6 +129,17 @@ TEST_F(EffectTest, PlainLinesDrawEveryVertexOfEveryListAndSurviveReset)
         EXPECT_EQ(draws[0].mode, (int)eOT_LINE_STRIP);
         line.Reset();
     }
+    // Emptied, the line takes new vertices as a new list.
+    line.ClearVertex();
+    for (int i = 0; i < 5; ++i)
+    {
+        tagColorVertex3r v = At(i, 0.0);
+        line.AddVertex(v);
+    }
+    line.Reset();
+    std::vector<eRecord> draws = Draws(RecordFrame(), "DrawIndexed");
+    ASSERT_EQ(draws.size(), 1u);
+    EXPECT_EQ(draws[0].count, 5);
     m_scene->Remove(&line);
 }
 

@@ -113,7 +113,8 @@ eRenderable::Type eCustomRenderLine::GetType()
 
 void eCustomRenderLine::AddVertex(tagColorVertex3r& vertex)
 {
-    if (m_bNewLine)
+    // After ClearVertex there is no list to append to, whatever the flag says.
+    if (m_bNewLine || m_arLines.empty())
     {
         m_arLines.emplace_back();
         m_bNewLine = 0;

@@ -86,7 +86,7 @@ eRenderable::Type eCustomRenderPoly::GetType()
 
 void eCustomRenderPoly::AddVertex(tagColorVertex3r& vertex)
 {
-    if (m_bNewPoly)
+    if (m_bNewPoly || m_arPolys.empty())
     {
         m_arPolys.emplace_back();
         m_bNewPoly = 0;
