@@ -65,6 +65,8 @@ eRenderAntiAliasingLine::eRenderAntiAliasingLine()
     pass->SetBlendingFunc(eBF_SRC_ALPHA, eBF_ONE_MINUS_SRC_ALPHA);
     pass->SetDepthWriteEnabled(0);
     pass->SetDepthCheckEnabled(1);
+    // A bias of 1 and a slope of 10 towards the eye, so that the strip wins against the
+    // ground it lies over; the host's polygon offset pushes positive values away.
     pass->SetDepthBiasConstant(-1.0f);
     pass->SetDepthBiasSlopeScale(-10.0f);
     HoldMaterial(material);
