@@ -45,16 +45,12 @@ eCustomRenderLine& eCustomRenderLine::operator=(eCustomRenderLine const& other)
 {
     if (this == &other)
         return *this;
-    ReleaseBaseViews();
     eRenderObject::operator=(other);
     ShareFrom(other);
     return *this;
 }
 
-eCustomRenderLine::~eCustomRenderLine()
-{
-    ReleaseBaseViews();
-}
+eCustomRenderLine::~eCustomRenderLine() {}
 
 void eCustomRenderLine::ShareFrom(eCustomRenderLine const& other)
 {
@@ -66,21 +62,12 @@ void eCustomRenderLine::ShareFrom(eCustomRenderLine const& other)
     m_pTexture = other.m_pTexture;
     m_bUseTexture = other.m_bUseTexture;
     m_eOperationType = other.m_eOperationType;
-    m_arMeshHolders = other.m_arMeshHolders;
-    m_spMaterial = other.m_spMaterial;
     m_spColorImage = other.m_spColorImage;
-}
-
-void eCustomRenderLine::ReleaseBaseViews()
-{
-    m_arMeshes.clear();
-    m_pMaterial = nullptr;
 }
 
 void eCustomRenderLine::HoldMesh(eMesh* mesh)
 {
-    m_arMeshHolders.push_back(eShared<eMesh>(mesh));
-    m_arMeshes.push_back(mesh);
+    m_arMeshes.push_back(eShared<eMesh>(mesh));
 }
 
 void eCustomRenderLine::AddMesh(eMesh* mesh)
@@ -91,13 +78,11 @@ void eCustomRenderLine::AddMesh(eMesh* mesh)
 void eCustomRenderLine::DestroyMeshes()
 {
     m_arMeshes.clear();
-    m_arMeshHolders.clear();
 }
 
 void eCustomRenderLine::HoldMaterial(eMaterial* material)
 {
-    m_spMaterial.Reset(material);
-    m_pMaterial = material;
+    m_pMaterial.Reset(material);
 }
 
 ePass* eCustomRenderLine::GetPass()

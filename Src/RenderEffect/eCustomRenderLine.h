@@ -78,7 +78,7 @@ protected:
     unsigned char StartRender(eRenderEngine*, eRenderSystem*, eCamera*, eViewport*) override;
     unsigned char EndRender(eRenderEngine*, eRenderSystem*, eCamera*, eViewport*) override;
 
-    // Gives the mesh list to the holders (and to the base's list, which only views it).
+    // Adds a mesh of this object's own to the list the base draws and frees.
     void HoldMesh(eMesh* mesh);
     void DestroyMeshes();
     // Makes `material` this object's material, dropping the one held before.
@@ -98,11 +98,6 @@ protected:
 
 private:
     void ShareFrom(eCustomRenderLine const& other);
-    // Empties the base's views so that it frees nothing; the holders own what they show.
-    void ReleaseBaseViews();
-
-    std::vector<eShared<eMesh>> m_arMeshHolders;
-    eShared<eMaterial> m_spMaterial;
     // The picture of SetColor's texture, kept so that the texture can be uploaded again
     // after UnInitialize.
     eShared<eImageData> m_spColorImage;

@@ -31,8 +31,7 @@ eCustomRenderPoly::eCustomRenderPoly() : m_bPolyInitialized(0), m_bNewPoly(1), m
     pass->SetDepthCheckEnabled(1);
     pass->SetDiffuse(eVector4T<float>(1.0f, 0.0f, 0.0f, 1.0f));
     pass->SetBlendingFunc(eBF_SRC_ALPHA, eBF_ONE_MINUS_SRC_ALPHA);
-    m_spMaterial.Reset(material);
-    m_pMaterial = material;
+    m_pMaterial.Reset(material);
 }
 
 eCustomRenderPoly::eCustomRenderPoly(eCustomRenderPoly const& other) : eRenderObject(other)
@@ -44,16 +43,12 @@ eCustomRenderPoly& eCustomRenderPoly::operator=(eCustomRenderPoly const& other)
 {
     if (this == &other)
         return *this;
-    ReleaseBaseViews();
     eRenderObject::operator=(other);
     ShareFrom(other);
     return *this;
 }
 
-eCustomRenderPoly::~eCustomRenderPoly()
-{
-    ReleaseBaseViews();
-}
+eCustomRenderPoly::~eCustomRenderPoly() {}
 
 void eCustomRenderPoly::ShareFrom(eCustomRenderPoly const& other)
 {
@@ -61,22 +56,11 @@ void eCustomRenderPoly::ShareFrom(eCustomRenderPoly const& other)
     m_arPolys = other.m_arPolys;
     m_bNewPoly = other.m_bNewPoly;
     m_nFailedPolys = other.m_nFailedPolys;
-    m_arMeshHolders = other.m_arMeshHolders;
-    m_spMaterial = other.m_spMaterial;
-}
-
-// The holders own the meshes and the material; the base's list and pointer only view them,
-// so the base frees nothing of this object's.
-void eCustomRenderPoly::ReleaseBaseViews()
-{
-    m_arMeshes.clear();
-    m_pMaterial = nullptr;
 }
 
 void eCustomRenderPoly::AddMesh(eMesh* mesh)
 {
-    m_arMeshHolders.push_back(eShared<eMesh>(mesh));
-    m_arMeshes.push_back(mesh);
+    m_arMeshes.push_back(eShared<eMesh>(mesh));
 }
 
 eRenderable::Type eCustomRenderPoly::GetType()
@@ -172,6 +156,17 @@ unsigned char eCustomRenderPoly::StartRender(eRenderEngine* engine, eRenderSyste
     rp->GetProgram()->Uniform4f(rp->GetUniform()->m_nColor, 1.0f, 1.0f, 1.0f, 1.0f);
     rp->GetProgram()->Uniform1f(rp->GetUniform()->m_nCustom[eR_USE_VERTEX_COLOR], 1.0f);
     return 1;
+}
+
+// The colour program is shared with other objects: its vertex-colour switch goes back off.
+unsigned char eCustomRenderPoly::EndRender(eRenderEngine* engine, eRenderSystem* rs,
+                                           eCamera* camera, eViewport* viewport)
+{
+    eTechnique* technique = m_pMaterial ? m_pMaterial->GetBestTechnique() : nullptr;
+    eRenderProgram* rp = engine->GetRenderProgram(technique ? technique->GetPass(0) : nullptr);
+    if (rp)
+        rp->GetProgram()->Uniform1f(rp->GetUniform()->m_nCustom[eR_USE_VERTEX_COLOR], 0.0f);
+    return eRenderObject::EndRender(engine, rs, camera, viewport);
 }
 
 } // namespace KYR

@@ -47,6 +47,7 @@ public:
 
 protected:
     unsigned char StartRender(eRenderEngine*, eRenderSystem*, eCamera*, eViewport*) override;
+    unsigned char EndRender(eRenderEngine*, eRenderSystem*, eCamera*, eViewport*) override;
     // Fills the first mesh with the outlines' triangles.
     void FillMesh();
 
@@ -55,13 +56,10 @@ protected:
 
 private:
     void ShareFrom(eCustomRenderPoly const& other);
-    void ReleaseBaseViews();
 
     std::vector<std::vector<tagColorVertex3r>> m_arPolys;
     unsigned char m_bNewPoly;
     int m_nFailedPolys;
-    std::vector<eShared<eMesh>> m_arMeshHolders;
-    eShared<eMaterial> m_spMaterial;
 };
 
 } // namespace KYR
