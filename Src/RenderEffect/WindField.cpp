@@ -85,4 +85,18 @@ ePoint2D WindField::Sample(double x, double y) const
     return ePoint2D(u, v);
 }
 
+void WindField::Prefetch(double x, double y) const
+{
+    if (!columns || nx <= 0 || ny <= 0 || m_nBuiltColumns < nx || m_nBuiltRows < ny)
+        return;
+    double fx = (nx - 1 - 0.000001) * (x - bounds.left) / (bounds.right - bounds.left);
+    double fy = (ny - 1 - 0.000001) * (y - bounds.bottom) / (bounds.top - bounds.bottom);
+    if (!(fx >= 0.0 && fx <= nx - 1 && fy > 0.0 && fy <= ny - 1))
+        return;
+    int const x0 = (int)fx, y0 = (int)fy;
+    int const x1 = x0 + 1 < nx ? x0 + 1 : x0;
+    __builtin_prefetch(&columns[x0][y0]);
+    __builtin_prefetch(&columns[x1][y0]);
+}
+
 } // namespace KYR

@@ -23,6 +23,9 @@ struct WindField
     // Bilinear wind at (x, y) in the coordinates of `bounds`; (0, 0) outside the grid and on
     // its bottom row.
     ePoint2D Sample(double x, double y) const;
+    // Asks the processor to fetch the cells Sample(x, y) will read; a loop over many
+    // scattered points hides the memory's latency this way. Reads nothing itself.
+    void Prefetch(double x, double y) const;
     // Lets go of the columns (freed unless a copy still holds them); nx, ny and maxSpeed stay.
     void Clear();
 

@@ -18,6 +18,7 @@
 #include "eTexture.h"
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 #include <epoxy/gl.h>
 #include <map>
 
@@ -86,7 +87,100 @@ eTechnique* MakeTechnique(char const* program)
     return technique;
 }
 
+// Bit for bit the same point (so -0.0 and 0.0 differ, and NaN never matches).
+bool SameBits(ePoint2D const& a, ePoint2D const& b)
+{
+    return std::memcmp(&a, &b, sizeof(ePoint2D)) == 0;
+}
+
 } // namespace
+
+// What AdjustPosition reads besides the point, taken once a frame: the scene mode and, on
+// the plane, the coordinate system's bounds and projection.
+struct eRenderDynamicWinds::Adjuster
+{
+    Adjuster(eRenderEngine* engine, eCamera* camera)
+        : plane(camera->GetSceneMode() == eSM_PLANE),
+          cs(plane ? engine->GetCoordSys() : nullptr), inverse(false)
+    {
+        if (!cs)
+            return;
+        bounds = cs->GetBounds();
+        inverse = cs->GetPrjCoordSys().GetTypeID() != 1;
+        eProjection const* p = cs->GetPrjCoordSys().GetProjection();
+        projection[0] = p->GetCentralMeridian();
+        projection[1] = p->GetOriginLatitude();
+        projection[2] = p->GetStandardParallel1();
+        projection[3] = p->GetStandardParallel2();
+        type = p->GetProjectionType();
+    }
+
+    void Apply(ePoint2D& point) const
+    {
+        if (!plane)
+        {
+            if (point.x < -180.0)
+                point.x += 360.0;
+            else if (point.x > 180.0)
+                point.x -= 360.0;
+            if (point.y < -90.0)
+                point.y += 180.0;
+            else if (point.y > 90.0)
+                point.y -= 180.0;
+            return;
+        }
+        if (cs)
+        {
+            point.x = std::min(std::max(point.x, bounds.left), bounds.right);
+            point.y = std::min(std::max(point.y, bounds.bottom), bounds.top);
+            if (inverse)
+                cs->GetPrjCoordSys().Inverse(&point, 1);
+        }
+        point.x = std::min(std::max(point.x, -180.0), 180.0);
+        point.y = std::min(std::max(point.y, -90.0), 90.0);
+    }
+
+    // Whether a point adjusted under `o` is adjusted the same way here.
+    bool SameAs(Adjuster const& o) const
+    {
+        if (plane != o.plane || cs != o.cs)
+            return false;
+        if (!cs)
+            return true;
+        return bounds == o.bounds && inverse == o.inverse && type == o.type &&
+               std::memcmp(projection, o.projection, sizeof(projection)) == 0;
+    }
+
+    bool plane;
+    eCoordSys* cs;
+    eRect2D bounds;
+    bool inverse;
+    int type = 0;
+    double projection[4] = {0.0, 0.0, 0.0, 0.0};
+};
+
+// A particle that did not move since the last frame's segment (nothing reseeded it) is
+// adjusted and sampled where that segment ended, so each frame adjusts and samples it once
+// instead of three times. An entry counts only for the very position it was made at and
+// while the adjustment and the grid stand.
+struct eRenderDynamicWinds::StepCache
+{
+    struct Entry
+    {
+        ePoint2D raw;      // the particle's position
+        ePoint2D adjusted; // AdjustPosition of it
+        ePoint2D wind;     // the grid's wind at adjusted
+    };
+
+    StepCache(eRenderEngine* engine, eCamera* camera) : adjust(engine, camera) {}
+
+    std::vector<Entry> entries; // by pool index
+    Adjuster adjust;
+    ePoint2D* const* grid = nullptr;
+    int nx = 0, ny = 0;
+    eRect2D gridBounds;
+    std::vector<unsigned char> segments; // the frame's vertices, kept for their capacity
+};
 
 eRenderDynamicWinds::eRenderDynamicWinds(eMap* map)
     : m_dynamic(false), m_particleCount(2000), m_maxTrailFrames(50), m_lineWidth(1000.0f),
@@ -220,6 +314,7 @@ unsigned char eRenderDynamicWinds::UnInitialize(eRenderEngine*)
 
 unsigned char eRenderDynamicWinds::InitializeDynamic()
 {
+    m_pStepCache.Reset(); // sampled in the old grid
     return m_windField.Build() ? 1 : 0;
 }
 
@@ -307,8 +402,7 @@ unsigned char eRenderDynamicWinds::RenderDynamic(eRenderEngine* engine, eRenderS
     if (fresh)
         CreateParticlePool(engine, camera);
     m_renderBounds.Inflate(5.0);
-    UpdateParticlePool(engine, camera);
-    MoveThings(engine, camera, viewport);
+    std::vector<unsigned char>& segments = AdvanceParticles(engine, camera, viewport);
 
     glEnable(GL_POLYGON_OFFSET_LINE);
     glEnable(GL_POLYGON_OFFSET_FILL);
@@ -343,31 +437,11 @@ unsigned char eRenderDynamicWinds::RenderDynamic(eRenderEngine* engine, eRenderS
     eVertexData* frame = new eVertexData();
     frame->SetVertexType(1);
     frame->AddElement(eVET_FLOAT, eVEC_4, eAI_POSITION, 0);
-    frame->GetVertexBuffer().reserve(m_particles.size() * 2 * 4 * sizeof(float));
-    for (Particle* particle : m_particles)
-    {
-        if (!m_renderBounds.PtInRect(particle->position))
-        {
-            particle->life = -2.0;
-            continue;
-        }
-        if (particle->previous.x != -1.0)
-        {
-            ePoint2D from = particle->previous, to = particle->position;
-            AdjustPosition(engine, camera, from);
-            AdjustPosition(engine, camera, to);
-            ePoint2D w = m_windField.Sample(to.x, to.y);
-            float level = (float)(WindSpeedLevel(std::sqrt(w.x * w.x + w.y * w.y)) / 22.0);
-            if (from != to)
-            {
-                float v[8] = {(float)from.x, (float)from.y, level, 0.15f,
-                              (float)to.x,   (float)to.y,   level, 0.15f};
-                frame->AddVertex(v, 2);
-            }
-        }
-        particle->previous = particle->position;
-    }
-    frame->Create();
+    // The segments go up from the scratch, which keeps its memory for the next frame; the
+    // buffer keeps no processor copy (its vertex count stays).
+    frame->GetVertexBuffer().swap(segments);
+    if (frame->Create())
+        frame->GetVertexBuffer().swap(segments);
     m_trailFrames.push_back(eShared<eVertexData>(frame));
 
     glEnable(GL_LINE_SMOOTH);
@@ -478,31 +552,10 @@ void eRenderDynamicWinds::RenderFrame(eOperationType type, eVertexData* vertices
 
 void eRenderDynamicWinds::AdjustPosition(eRenderEngine* engine, eCamera* camera, ePoint2D& point)
 {
-    if (camera->GetSceneMode() != eSM_PLANE)
-    {
-        if (point.x < -180.0)
-            point.x += 360.0;
-        else if (point.x > 180.0)
-            point.x -= 360.0;
-        if (point.y < -90.0)
-            point.y += 180.0;
-        else if (point.y > 90.0)
-            point.y -= 180.0;
-        return;
-    }
-    if (eCoordSys* cs = engine->GetCoordSys())
-    {
-        eRect2D b = cs->GetBounds();
-        point.x = std::min(std::max(point.x, b.left), b.right);
-        point.y = std::min(std::max(point.y, b.bottom), b.top);
-        if (cs->GetPrjCoordSys().GetTypeID() != 1)
-            cs->GetPrjCoordSys().Inverse(&point, 1);
-    }
-    point.x = std::min(std::max(point.x, -180.0), 180.0);
-    point.y = std::min(std::max(point.y, -90.0), 90.0);
+    Adjuster(engine, camera).Apply(point);
 }
 
-void eRenderDynamicWinds::SeedParticle(Particle* particle, eRenderEngine* engine, eCamera* camera)
+void eRenderDynamicWinds::SeedParticle(Particle* particle, Adjuster const& adjust)
 {
     eRect2D const& b = m_renderBounds;
     double const maxSpeed = m_windField.maxSpeed;
@@ -516,7 +569,7 @@ void eRenderDynamicWinds::SeedParticle(Particle* particle, eRenderEngine* engine
         candidate =
             ePoint2D((1.0 - r1) * b.right + r1 * b.left, (1.0 - r2) * b.top + r2 * b.bottom);
         ePoint2D at = candidate;
-        AdjustPosition(engine, camera, at);
+        adjust.Apply(at);
         ePoint2D w = m_windField.Sample(at.x, at.y);
         if (maxSpeed == 0.0)
             break;
@@ -540,7 +593,7 @@ void eRenderDynamicWinds::SeedParticle(Particle* particle, eRenderEngine* engine
 Particle* eRenderDynamicWinds::MakeParticle(eRenderEngine* engine, eCamera* camera)
 {
     Particle* particle = new Particle();
-    SeedParticle(particle, engine, camera);
+    SeedParticle(particle, Adjuster(engine, camera));
     return particle;
 }
 
@@ -553,12 +606,14 @@ void eRenderDynamicWinds::CreateParticlePool(eRenderEngine* engine, eCamera* cam
 
 void eRenderDynamicWinds::UpdateParticlePool(eRenderEngine* engine, eCamera* camera)
 {
+    Adjuster const adjust(engine, camera);
     for (Particle* particle : m_particles)
         if (particle->life <= 0.0 || !m_renderBounds.PtInRect(particle->position))
-            SeedParticle(particle, engine, camera);
+            SeedParticle(particle, adjust);
 }
 
-void eRenderDynamicWinds::MoveThings(eRenderEngine* engine, eCamera* camera, eViewport* viewport)
+double eRenderDynamicWinds::StepLength(eRenderEngine* engine, eCamera* camera,
+                                       eViewport* viewport)
 {
     double step = 256.0 / engine->GetRenderResolution(1);
     if (camera->GetSceneMode() == eSM_PLANE)
@@ -566,14 +621,18 @@ void eRenderDynamicWinds::MoveThings(eRenderEngine* engine, eCamera* camera, eVi
         eCoordSys* cs = engine->GetCoordSys();
         if (!cs || cs->GetPrjCoordSys().GetTypeID() != 1)
             step *= 111319.49079327357;
+        return step;
     }
-    else
-    {
-        // Half a pixel's length in degrees at the middle of the view.
-        eVector3T<double> centre((int)(viewport->GetActualWidth() * 0.5),
-                                 (int)(viewport->GetActualHeight() * 0.5), 0.0);
-        step = camera->XPixel2WorldLength(centre, 1) * 0.000008993210566253443 * 0.5;
-    }
+    // Half a pixel's length in degrees at the middle of the view.
+    eVector3T<double> centre((int)(viewport->GetActualWidth() * 0.5),
+                             (int)(viewport->GetActualHeight() * 0.5), 0.0);
+    return camera->XPixel2WorldLength(centre, 1) * 0.000008993210566253443 * 0.5;
+}
+
+void eRenderDynamicWinds::MoveThings(eRenderEngine* engine, eCamera* camera, eViewport* viewport)
+{
+    double const step = StepLength(engine, camera, viewport);
+    Adjuster const adjust(engine, camera);
     for (Particle* particle : m_particles)
     {
         if (particle->life <= 0.0 || !m_renderBounds.PtInRect(particle->position))
@@ -582,12 +641,115 @@ void eRenderDynamicWinds::MoveThings(eRenderEngine* engine, eCamera* camera, eVi
             continue;
         }
         ePoint2D at = particle->position;
-        AdjustPosition(engine, camera, at);
+        adjust.Apply(at);
         ePoint2D w = m_windField.Sample(at.x, at.y);
         particle->position.x += w.x * step;
         particle->position.y += w.y * step;
         particle->life -= 1.0;
     }
+}
+
+std::vector<unsigned char>& eRenderDynamicWinds::AdvanceParticles(eRenderEngine* engine,
+                                                                  eCamera* camera,
+                                                                  eViewport* viewport)
+{
+    if (!m_pStepCache || !m_pStepCache.IsLast())
+        m_pStepCache.Reset(new StepCache(engine, camera));
+    StepCache& cache = *m_pStepCache;
+    Adjuster const adjust(engine, camera);
+    WindField const& field = m_windField;
+    // Entries made under another adjustment or another grid say nothing about this frame.
+    if (!adjust.SameAs(cache.adjust) || cache.grid != field.columns.Get() ||
+        cache.nx != field.nx || cache.ny != field.ny || cache.gridBounds != field.bounds)
+    {
+        cache.entries.clear();
+        cache.adjust = adjust;
+        cache.grid = field.columns.Get();
+        cache.nx = field.nx;
+        cache.ny = field.ny;
+        cache.gridBounds = field.bounds;
+    }
+    size_t const count = m_particles.size();
+    ePoint2D const nowhere(std::nan(""), 0.0);
+    cache.entries.resize(count, StepCache::Entry{nowhere, nowhere, nowhere});
+
+    double const step = StepLength(engine, camera, viewport);
+    eRect2D const bounds = m_renderBounds;
+    std::vector<unsigned char>& segments = cache.segments;
+    segments.resize(count * 2 * sizeof(float) * 4);
+    size_t used = 0;
+    size_t const ahead = 16;
+    for (size_t i = 0; i < count; ++i)
+    {
+        // Where a particle some way ahead will be sampled, when it moves as last frame's
+        // entry says: the grid cells arrive while the particles before it are worked.
+        if (i + ahead < count && !adjust.plane)
+        {
+            Particle const& next = *m_particles[i + ahead];
+            StepCache::Entry const& e = cache.entries[i + ahead];
+            if (SameBits(e.raw, next.position))
+            {
+                ePoint2D at(next.position.x + e.wind.x * step, next.position.y + e.wind.y * step);
+                adjust.Apply(at);
+                field.Prefetch(at.x, at.y);
+            }
+        }
+        Particle& particle = *m_particles[i];
+        StepCache::Entry& entry = cache.entries[i];
+        // UpdateParticlePool
+        if (particle.life <= 0.0 || !bounds.PtInRect(particle.position))
+            SeedParticle(&particle, adjust);
+        // MoveThings
+        if (particle.life <= 0.0 || !bounds.PtInRect(particle.position))
+            particle.life = -2.0;
+        else
+        {
+            ePoint2D w;
+            if (SameBits(entry.raw, particle.position))
+                w = entry.wind;
+            else
+            {
+                ePoint2D at = particle.position;
+                adjust.Apply(at);
+                w = field.Sample(at.x, at.y);
+            }
+            particle.position.x += w.x * step;
+            particle.position.y += w.y * step;
+            particle.life -= 1.0;
+        }
+        // The frame's segment from where the particle was drawn last to where it is now.
+        if (!bounds.PtInRect(particle.position))
+        {
+            particle.life = -2.0;
+            continue;
+        }
+        ePoint2D to = particle.position;
+        adjust.Apply(to);
+        ePoint2D const w = field.Sample(to.x, to.y);
+        if (particle.previous.x != -1.0)
+        {
+            ePoint2D from = entry.adjusted;
+            if (!SameBits(entry.raw, particle.previous))
+            {
+                from = particle.previous;
+                adjust.Apply(from);
+            }
+            float level = (float)(WindSpeedLevel(std::sqrt(w.x * w.x + w.y * w.y)) / 22.0);
+            if (from != to)
+            {
+                float v[8] = {(float)from.x, (float)from.y, level, 0.15f,
+                              (float)to.x,   (float)to.y,   level, 0.15f};
+                std::memcpy(&segments[used], v, sizeof(v));
+                used += sizeof(v);
+            }
+        }
+        particle.previous = particle.position;
+        entry.raw = particle.position;
+        entry.adjusted = to;
+        entry.wind = w;
+    }
+    segments.resize(used);
+    return segments;
 }
 
 // ----- bounds -----------------------------------------------------------------------------

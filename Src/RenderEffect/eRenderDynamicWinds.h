@@ -22,6 +22,9 @@ class eTechnique;
 
 class eRenderDynamicWinds : public eRenderable
 {
+    struct Adjuster;
+    struct StepCache;
+
 public:
     explicit eRenderDynamicWinds(eMap* map);
     // Copies share particles, trail buffers, stream-line meshes, the colour table and the
@@ -92,6 +95,8 @@ protected:
     eMap* m_map;
     bool m_initialized;
     bool m_colorTableReady;
+    // Where each particle was last sampled, and the segment scratch; a copy makes its own.
+    eShared<StepCache> m_pStepCache;
 
     // Shared by all objects of the class.
     static WindTexture* s_pWindTexture;
@@ -101,7 +106,14 @@ protected:
 
 private:
     // Draws the start of a particle and gives it a fresh life.
-    void SeedParticle(Particle* particle, eRenderEngine*, eCamera*);
+    void SeedParticle(Particle* particle, Adjuster const& adjust);
+    // Length of one frame's move per unit of wind.
+    double StepLength(eRenderEngine*, eCamera*, eViewport*);
+    // One frame of the pool: reseeds, moves and writes the trail segments of each particle
+    // in turn (the same steps as UpdateParticlePool, MoveThings and the frame's segment
+    // loop, which touch one particle at a time and draw random numbers in pool order).
+    // Returns the segments' vertices.
+    std::vector<unsigned char>& AdvanceParticles(eRenderEngine*, eCamera*, eViewport*);
     // Projection kind for the programs: 0 globe, 1..3 by projection type, else 0.
     static float ProjectionKind(eRenderEngine*, eCamera*);
     static unsigned char LoadWindTexture();
