@@ -1,13 +1,15 @@
 // Base of the trace sets: the clock with its sliding time window, the anchor given by the
 // application and its local frame, and the conversions of timed positions into it.
+// Copies share the technique and the vertex store; the last holder frees them.
 #pragma once
+#include "eDataSetFrame.h"
 #include "eMatrix4.h"
 #include "ePoint.h"
 #include "eRenderable.h"
+#include "eShared.h"
 #include "eString.h"
 #include "eVector3.h"
 #include "eVector4.h"
-#include <memory>
 
 namespace KYR
 {
@@ -74,8 +76,8 @@ protected:
     unsigned char m_bEnableDepthTest;
     float m_fTransparent;
     int m_nCurTraceCount;
-    eTechnique* m_pTechnique;
-    eVertexData* m_pVertexData;
+    eShared<eTechnique> m_pTechnique;
+    eShared<eVertexData> m_pVertexData;
     int m_nVerticesPerPoint;
     unsigned char m_bUnused; // copied, read by nothing
     float m_fSpeedPerFrame;
@@ -88,9 +90,20 @@ protected:
     eVector4T<double> m_vWorldPosition;
     eMatrix4T<float> m_LocalMatrix;
 
-private:
-    // Copies share the technique as they share its pointer; the last one frees it.
-    std::shared_ptr<eTechnique> m_spTechniqueOwner;
+    // Local floats of positions are reused while this key stands (see eDataSetFrame).
+    // Refreshed before each window is converted, so a changed anchor, scene mode or
+    // coordinate system converts again.
+    unsigned long long ConversionStamp()
+    {
+        return m_ConversionKey.Refresh(m_pCamera, m_pCanvas, m_vWorldPosition, m_LocalMatrix);
+    }
+    // The converter of the stamp: PositionToLocal with this set's frame.
+    eVector4T<float> ConvertLocal(int kind, eVector4T<double> const& p)
+    {
+        return eDataSetFrame::PositionToLocal(m_pCamera, m_pCanvas, m_LocalMatrix, m_vWorldPosition,
+                                              kind, p);
+    }
+    eDataSetFrame::eConversionKey m_ConversionKey;
 };
 
 } // namespace KYR
