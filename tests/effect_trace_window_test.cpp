@@ -11,6 +11,7 @@
 #include <cstring>
 #include <epoxy/gl.h>
 #include <functional>
+#include <random>
 
 using namespace KYR;
 
@@ -274,5 +275,59 @@ TEST_F(TraceWindowTest, HeadStaysInsideItsOwnWindow)
         EXPECT_LT(at(-8.0), at(-6.0)) << "the tail behind it is fainter";
         for (double lon : {-3.0, 0.0, 2.5, 5.0})
             EXPECT_LT(at(lon), 10) << "no head pulled out to " << lon;
+    }
+}
+
+TEST_F(TraceWindowTest, WindowsSoughtFromTheLastOnesMatchAFullSearch)
+{
+    // Windows are found from where the last ones ended, or kept when the cache shows they
+    // still hold. Against the plain search from each window's start, with the clock going
+    // forward, back and in jumps, over tracks with repeated stamps and one with a NaN.
+    std::mt19937 rng(5);
+    std::uniform_real_distribution<double> step(0.0, 40.0), move(-30.0, 120.0);
+    PointProbe set;
+    set.SetPoolSize(12);
+    set.SetTraceSize(64);
+    set.SetTraceTime(400.0f);
+    eVector3T<double> anchor(0.0, 0.0, 0.0);
+    set.SetSpatialRefType(1);
+    set.SetPosition(anchor);
+    InScene inSet(*m_scene, &set);
+    std::vector<std::pair<int, int>> expected;
+    for (int i = 0; i < 12; ++i)
+    {
+        ePointTrace trace;
+        double t = i * 10.0;
+        for (int k = 0; k < 120; ++k, t += (k % 7 == 0 ? 0.0 : step(rng)))
+            trace.m_arPositions.push_back(eVector4T<double>(k * 0.1, i * 0.5, 0.0, t));
+        if (i == 11)
+            trace.m_arPositions[60].w = std::nan("");
+        set.AddPointTrace(&trace); // found at once, with the clock at 0
+        expected.emplace_back(0, 0);
+        float t0, t1;
+        eDataSetFrame::WindowTimes(0.0f, 400.0f, 0.0f, 86400.0f, t0, t1);
+        eDataSetFrame::MoveWindow(trace.m_arPositions.data(), (int)trace.m_arPositions.size(), t0,
+                                  t1, expected[i].first, expected[i].second);
+    }
+    float clock = 0.0f;
+    for (int frame = 0; frame < 400; ++frame)
+    {
+        // First around the tracks' starts, then on and back, with a jump now and then.
+        if (frame < 40)
+            clock = (float)(move(rng) - 10.0);
+        else
+            clock += (float)move(rng) + (frame % 50 == 49 ? 1500.0f : 0.0f);
+        set.SetCurTime(clock);
+        set.Update();
+        float t0, t1;
+        eDataSetFrame::WindowTimes(clock, 400.0f, 0.0f, 86400.0f, t0, t1);
+        for (int i = 0; i < 12; ++i)
+        {
+            ePointTrace* t = set.GetPointTrace(i);
+            eDataSetFrame::MoveWindow(t->m_arPositions.data(), (int)t->m_arPositions.size(), t0, t1,
+                                      expected[i].first, expected[i].second);
+            ASSERT_EQ(std::make_pair(t->m_nFirstIndex, t->m_nWindowCount), expected[i])
+                << "trace " << i << ", frame " << frame;
+        }
     }
 }

@@ -236,12 +236,17 @@ unsigned char eDataSetFrame::CreateSlotBuffer(eVertexData* data, long long verti
     return ok;
 }
 
-unsigned char eDataSetFrame::UploadSlot(eVertexData* data, int slot, int slotVertices, int vertices)
+unsigned char eDataSetFrame::UploadSlot(eVertexData* data, int slot, int slotVertices, int vertices,
+                                        eBufferShadow* shadow)
 {
     eHardwareVertexBuffer* buffer = data ? data->GetHardwareBuffer() : nullptr;
     if (!buffer)
         return 0;
     int stride = data->GetVertexStride();
+    if (shadow)
+        return slot >= 0 && vertices >= 0 &&
+               shadow->Write(buffer, (size_t)slotVertices * stride * slot,
+                             (size_t)stride * vertices, data->GetVertex(0));
     return buffer->WriteData(slotVertices * stride * slot, stride * vertices, data->GetVertex(0));
 }
 
@@ -349,25 +354,149 @@ eTexture* eDataSetFrame::LoadTexture(eString const& path)
     return texture;
 }
 
-unsigned char eDataSetFrame::eLocalPositions::Bind(unsigned long long stamp, int kind,
-                                                   std::vector<eVector4T<double>> const& positions)
+namespace
 {
-    if (stamp == m_nStamp && m_pSource == positions.data() && m_nSize == positions.size() &&
-        m_nKind == kind)
-        return m_bRising;
-    m_nStamp = stamp;
-    m_pSource = positions.data();
-    m_nSize = positions.size();
-    m_nKind = kind;
-    m_nBegin = m_nEnd = 0;
-    // Sized once per array; the capacity stays for the next record in this slot.
-    if (m_arLocal.size() < m_nSize)
-        m_arLocal.resize(m_nSize);
+// Writes gather while each starts within this many bytes of the last one's end, up to this
+// many bytes at once: near enough that the bytes between are cheaper than another call,
+// and few enough to go up while the processor's caches still hold them.
+size_t const kShadowGap = 16 << 10;
+size_t const kShadowChunk = 256 << 10;
+} // namespace
+
+void eDataSetFrame::eBufferShadow::Reset(size_t bytes)
+{
+    m_arBytes.assign(bytes, 0);
+    m_nDirtyBegin = m_nDirtyEnd = 0;
+}
+
+unsigned char eDataSetFrame::eBufferShadow::Write(eHardwareVertexBuffer* buffer, size_t offset,
+                                                  size_t bytes, void const* data)
+{
+    if (!data && bytes > 0)
+        return 0;
+    unsigned char* out = Place(buffer, offset, bytes);
+    if (!out)
+        return 0;
+    std::memcpy(out, data, bytes);
+    Commit(buffer);
+    return 1;
+}
+
+unsigned char* eDataSetFrame::eBufferShadow::Place(eHardwareVertexBuffer* buffer, size_t offset,
+                                                   size_t bytes)
+{
+    if (!buffer || offset > m_arBytes.size() || bytes > m_arBytes.size() - offset || bytes == 0)
+        return nullptr;
+    // What waits goes up first unless this range continues it closely enough.
+    if (m_nDirtyEnd > m_nDirtyBegin && (offset < m_nDirtyEnd || offset - m_nDirtyEnd > kShadowGap ||
+                                        offset + bytes - m_nDirtyBegin > kShadowChunk))
+        Flush(buffer);
+    if (m_nDirtyEnd == m_nDirtyBegin)
+        m_nDirtyBegin = offset;
+    m_nDirtyEnd = offset + bytes;
+    return &m_arBytes[offset];
+}
+
+void eDataSetFrame::eBufferShadow::EndBatch(eHardwareVertexBuffer* buffer)
+{
+    if (m_nBatches > 0 && --m_nBatches == 0)
+        Flush(buffer);
+}
+
+void eDataSetFrame::eBufferShadow::Flush(eHardwareVertexBuffer* buffer)
+{
+    if (buffer && m_nDirtyEnd > m_nDirtyBegin)
+        buffer->WriteData((int)m_nDirtyBegin, (int)(m_nDirtyEnd - m_nDirtyBegin),
+                          &m_arBytes[m_nDirtyBegin]);
+    m_nDirtyBegin = m_nDirtyEnd = 0;
+}
+
+void eDataSetFrame::eWindowCache::Reset(int slots, int slotPositions)
+{
+    if (slots < 0 || slotPositions <= 0)
+        slots = slotPositions = 0;
+    m_nSlotPositions = slotPositions;
+    m_arSlots.assign((size_t)slots,
+                     eSlot{0, nullptr, nullptr, 0, 0, 0, 0, {0.0, 0.0, 0.0, 0.0}, 0});
+    m_arFloats.assign((size_t)slots * (size_t)slotPositions, eVector4T<float>());
+}
+
+void eDataSetFrame::eWindowCache::Forget(int slot)
+{
+    if (slot >= 0 && slot < (int)m_arSlots.size())
+        m_arSlots[(size_t)slot].m_nStamp = 0;
+}
+
+unsigned char eDataSetFrame::eWindowCache::Bind(int slot, unsigned long long stamp,
+                                                void const* record,
+                                                std::vector<eVector4T<double>> const& positions,
+                                                int kind)
+{
+    if (slot < 0 || slot >= (int)m_arSlots.size())
+        return 0;
+    eSlot& held = m_arSlots[(size_t)slot];
+    if (held.m_nStamp == stamp && held.m_pRecord == record && held.m_pSource == positions.data() &&
+        held.m_nSize == positions.size() && held.m_nKind == kind)
+        return held.m_bRising;
+    held.m_nStamp = stamp;
+    held.m_pRecord = record;
+    held.m_pSource = positions.data();
+    held.m_nSize = positions.size();
+    held.m_nKind = kind;
+    held.m_nFirst = held.m_nCount = 0;
     // A time that is not at least the one before (NaN included) rules the shortcut out.
-    m_bRising = 1;
-    for (size_t k = 1; k < m_nSize && m_bRising; ++k)
-        m_bRising = positions[k].w >= positions[k - 1].w;
-    return m_bRising;
+    held.m_bRising = 1;
+    for (size_t k = 1; k < held.m_nSize && held.m_bRising; ++k)
+        held.m_bRising = positions[k].w >= positions[k - 1].w;
+    return held.m_bRising;
+}
+
+unsigned char eDataSetFrame::eWindowCache::Holds(int slot,
+                                                 std::vector<eVector4T<double>> const& positions,
+                                                 int first, int count, float t0, float t1) const
+{
+    if (slot < 0 || slot >= (int)m_arSlots.size())
+        return 0;
+    eSlot const& held = m_arSlots[(size_t)slot];
+    if (held.m_nStamp == 0 || !held.m_bRising || held.m_pSource != positions.data() ||
+        held.m_nFirst != first || held.m_nCount != count || count < 2 ||
+        (size_t)(first + count) >= positions.size())
+        return 0;
+    // The search from `first` stops at once (the first position is not above t0 unless it
+    // is the very first, the next one is), and with rising times the first position above
+    // t1 is the last one when the one before it is not.
+    bool start = (!(held.m_dTimes[0] > t0) || first == 0) && held.m_dTimes[1] > t0;
+    bool end = held.m_dTimes[3] > t1 && !(held.m_dTimes[2] > t1);
+    return start && end;
+}
+
+void eDataSetFrame::eWindowCache::Write(int slot, int first, int count, int repeat,
+                                        eVector4T<float>* out) const
+{
+    eVector4T<float> const* floats = &m_arFloats[(size_t)slot * m_nSlotPositions];
+    // The window lies in at most two runs of the slot: up to its end, then from its start.
+    int at = first % m_nSlotPositions;
+    int head = count < m_nSlotPositions - at ? count : m_nSlotPositions - at;
+    if (repeat == 1)
+    {
+        std::memcpy(out, floats + at, sizeof(*out) * (size_t)head);
+        std::memcpy(out + head, floats, sizeof(*out) * (size_t)(count - head));
+        return;
+    }
+    for (int k = 0; k < count; ++k)
+    {
+        eVector4T<float> v = floats[k < head ? at + k : k - head];
+        for (int c = 0; c < repeat; ++c)
+            *out++ = v;
+    }
+}
+
+void eDataSetFrame::eWindowCache::Prefetch(int slot, int first) const
+{
+    if (slot < 0 || slot >= (int)m_arSlots.size() || first < 0)
+        return;
+    __builtin_prefetch(&m_arSlots[(size_t)slot]);
+    __builtin_prefetch(At(slot, first));
 }
 
 eDataSetFrame::eConversionKey::eConversionKey() : m_nStamp(0)

@@ -16,6 +16,7 @@ namespace KYR
 
 class eCamera;
 class eCanvas;
+class eHardwareVertexBuffer;
 class eRenderEngine;
 class eRenderProgram;
 class eTechnique;
@@ -111,9 +112,12 @@ public:
     // A dynamic hardware buffer of `vertices` zero-filled vertices for the store, made
     // unless the store has one already; false if it could not be allocated.
     static unsigned char CreateSlotBuffer(eVertexData* data, long long vertices);
+    class eBufferShadow;
     // Writes the first `vertices` vertices of the store into slot `slot` of its hardware
     // buffer, each slot being `slotVertices` long. False without a buffer or outside it.
-    static unsigned char UploadSlot(eVertexData* data, int slot, int slotVertices, int vertices);
+    // With a shadow of the buffer the bytes go through it (see eBufferShadow).
+    static unsigned char UploadSlot(eVertexData* data, int slot, int slotVertices, int vertices,
+                                    eBufferShadow* shadow = nullptr);
     // Vertices of the store's hardware buffer (0 without one).
     static int BufferVertices(eVertexData* data);
 
@@ -150,7 +154,6 @@ public:
         eConversionKey();
         unsigned long long Refresh(eCamera* camera, eCanvas* canvas,
                                    eVector4T<double> const& anchor, eMatrix4T<float> const& local);
-        unsigned long long Stamp() const { return m_nStamp; }
 
     private:
         struct eInputs
@@ -167,92 +170,141 @@ public:
         unsigned long long m_nStamp;
     };
 
-    // The local floats of one record's positions, converted once under a stamp and reused
-    // for as long as the stamp, the record's kind and its position array stay the same.
-    // Only the stretches that windows have shown are converted. Copies start empty: the
-    // floats belong to the positions of the object that made them, not to the record's
-    // value. A record whose positions are edited in place must be handed back to its set
-    // (which calls Invalidate) to be converted again.
-    class eLocalPositions
+    // The local floats of the window each slot last showed, slot by slot in one block. A
+    // window that moves on keeps the floats of the positions it still shows and converts
+    // only those that enter it; a slot whose stamp, record, positions or kind differ from
+    // what it was bound to starts again. Position p of a record lies at p modulo the slot's
+    // length, so that nothing moves while a window slides. Shared by the copies of a set
+    // with its vertex store, whose slots it follows.
+    class eWindowCache
     {
     public:
-        eLocalPositions()
-            : m_nStamp(0), m_pSource(nullptr), m_nSize(0), m_nKind(0), m_nBegin(0), m_nEnd(0),
-              m_bRising(0)
-        {
-        }
-        eLocalPositions(eLocalPositions const&) : eLocalPositions() {}
-        eLocalPositions& operator=(eLocalPositions const&)
-        {
-            Invalidate();
-            return *this;
-        }
+        eWindowCache() : m_nSlotPositions(0) {}
+        eWindowCache(eWindowCache const&) = delete;
+        eWindowCache& operator=(eWindowCache const&) = delete;
 
-        void Invalidate() { m_nStamp = 0; }
-        // Room for `count` positions, so that converting them later allocates nothing.
-        void Reserve(size_t count)
-        {
-            if (m_arLocal.size() < count)
-                m_arLocal.resize(count);
-        }
-        // Makes the floats belong to `positions` of `kind` under `stamp`, dropping what was
-        // converted otherwise. Returns whether the times never fall along the array (read
-        // once per binding), which lets a window search start where the last one ended.
-        unsigned char Bind(unsigned long long stamp, int kind,
-                           std::vector<eVector4T<double>> const& positions);
-        // Converts positions first..last (inclusive) of the bound array with
-        // convert(position) where not yet done, and returns the floats of `first`.
+        // Room for `slots` windows of up to `slotPositions` positions; all forgotten.
+        void Reset(int slots, int slotPositions);
+        // The record of a slot changed in place: its floats are converted again.
+        void Forget(int slot);
+        // Binds a slot to a record (any object that stands for it) with its positions and
+        // kind, under `stamp`. Returns whether the record's times never fall (read once per
+        // binding), which lets a window search start where the last one ended.
+        unsigned char Bind(int slot, unsigned long long stamp, void const* record,
+                           std::vector<eVector4T<double>> const& positions, int kind);
+        // Makes the floats of positions first..first+count-1 of the bound slot ready,
+        // converting with convert(position) those the slot does not hold. False when the
+        // window is longer than a slot (nothing is kept then).
         template <typename Convert>
-        eVector4T<float> const* Prepare(std::vector<eVector4T<double>> const& positions, int first,
-                                        int last, Convert convert);
-        // Asks for `count` converted floats from `first` on ahead of their use.
-        void Prefetch(int first, int count) const
+        unsigned char Prepare(int slot, std::vector<eVector4T<double>> const& positions, int first,
+                              int count, Convert convert);
+        // Whether the window first..first+count-1 that the slot last prepared is still the
+        // one MoveWindow would find for t0..t1 from there, told from the times of its two
+        // ends kept at Prepare: only for times that never fall, and a window short of the
+        // path's end. Reads none of the record's positions.
+        unsigned char Holds(int slot, std::vector<eVector4T<double>> const& positions, int first,
+                            int count, float t0, float t1) const;
+        // The floats of position `index` of a prepared window.
+        eVector4T<float> const* At(int slot, int index) const
         {
-            int end = first + count < m_nEnd ? first + count : m_nEnd;
-            if (first < m_nBegin)
-                first = m_nBegin;
-            char const* p = reinterpret_cast<char const*>(m_arLocal.data());
-            for (int k = first; k < end; k += 4) // four floats of 16 bytes a cache line
-                __builtin_prefetch(p + (size_t)k * sizeof(eVector4T<float>));
+            return &m_arFloats[(size_t)slot * m_nSlotPositions +
+                               (size_t)(index % m_nSlotPositions)];
         }
-        // The floats of `p` when it lies in the converted stretch of the array they were
-        // made from under `stamp`; null otherwise.
-        eVector4T<float> const* Find(unsigned long long stamp, eVector4T<double> const* p) const
-        {
-            if (stamp != m_nStamp || !m_pSource || p < m_pSource + m_nBegin ||
-                p >= m_pSource + m_nEnd)
-                return nullptr;
-            return &m_arLocal[(size_t)(p - m_pSource)];
-        }
+        // Writes the floats of the prepared window, in order, each `repeat` times in a row.
+        void Write(int slot, int first, int count, int repeat, eVector4T<float>* out) const;
+        // Asks for the floats of a slot's window from position `first` ahead of their use.
+        void Prefetch(int slot, int first) const;
 
     private:
-        std::vector<eVector4T<float>> m_arLocal;
-        unsigned long long m_nStamp;
-        eVector4T<double> const* m_pSource;
-        size_t m_nSize;
-        int m_nKind;
-        int m_nBegin, m_nEnd; // the converted stretch
-        unsigned char m_bRising;
+        struct eSlot
+        {
+            unsigned long long m_nStamp; // 0: nothing bound
+            void const* m_pRecord;
+            eVector4T<double> const* m_pSource;
+            size_t m_nSize;
+            int m_nKind;
+            int m_nFirst, m_nCount; // the positions held
+            double m_dTimes[4];     // of positions first, first + 1, last - 1 and last
+            unsigned char m_bRising;
+        };
+        std::vector<eSlot> m_arSlots;
+        std::vector<eVector4T<float>> m_arFloats;
+        int m_nSlotPositions;
     };
 };
 
-template <typename Convert>
-eVector4T<float> const*
-eDataSetFrame::eLocalPositions::Prepare(std::vector<eVector4T<double>> const& positions, int first,
-                                        int last, Convert convert)
+// The bytes of a set's hardware buffer, kept on the processor side as well, so that the
+// windows of many slots go up in one write of the whole range they span: the bytes between
+// the windows are written again as the buffer already holds them. Each write costs the
+// driver a fixed price besides its bytes, far more than a short window's own. Outside a
+// batch every write goes up at once; inside one, writes gather while each starts near the
+// end of the last and the range stays modest, and EndBatch sends the rest. Shared by the
+// copies of a set with its vertex store.
+class eDataSetFrame::eBufferShadow
 {
-    int end = last + 1;
-    if (end <= m_nBegin || first >= m_nEnd)
-        m_nBegin = m_nEnd = first; // no overlap: start a new stretch
-    for (int k = first; k < m_nBegin; ++k)
-        m_arLocal[(size_t)k] = convert(positions[(size_t)k]);
-    for (int k = m_nEnd > first ? m_nEnd : first; k < end; ++k)
-        m_arLocal[(size_t)k] = convert(positions[(size_t)k]);
-    if (first < m_nBegin)
-        m_nBegin = first;
-    if (end > m_nEnd)
-        m_nEnd = end;
-    return &m_arLocal[(size_t)first];
+public:
+    eBufferShadow() : m_nDirtyBegin(0), m_nDirtyEnd(0), m_nBatches(0) {}
+    eBufferShadow(eBufferShadow const&) = delete;
+    eBufferShadow& operator=(eBufferShadow const&) = delete;
+
+    // The size of the buffer, zero-filled as the buffer is made.
+    void Reset(size_t bytes);
+    // Whether a set whose slots hold `slotBytes` each is better served with a shadow: a
+    // write of a short slot costs more in the driver than its bytes do.
+    static bool Pays(size_t slotBytes) { return slotBytes <= 2048; }
+    // Copies `bytes` from `data` to `offset` of the buffer. False outside it.
+    unsigned char Write(eHardwareVertexBuffer* buffer, size_t offset, size_t bytes,
+                        void const* data);
+    // The shadow's `bytes` at `offset`, for the caller to fill and then Commit. Null
+    // outside the buffer.
+    unsigned char* Place(eHardwareVertexBuffer* buffer, size_t offset, size_t bytes);
+    // Sends what waits, unless a batch is open.
+    void Commit(eHardwareVertexBuffer* buffer)
+    {
+        if (m_nBatches == 0)
+            Flush(buffer);
+    }
+    void BeginBatch() { ++m_nBatches; }
+    void EndBatch(eHardwareVertexBuffer* buffer);
+
+private:
+    void Flush(eHardwareVertexBuffer* buffer);
+
+    std::vector<unsigned char> m_arBytes;
+    size_t m_nDirtyBegin, m_nDirtyEnd; // what waits to go up
+    int m_nBatches;
+};
+
+template <typename Convert>
+unsigned char eDataSetFrame::eWindowCache::Prepare(int slot,
+                                                   std::vector<eVector4T<double>> const& positions,
+                                                   int first, int count, Convert convert)
+{
+    if (slot < 0 || slot >= (int)m_arSlots.size() || count <= 0 || count > m_nSlotPositions ||
+        first < 0 || first + count > (int)positions.size())
+        return 0;
+    eSlot& held = m_arSlots[(size_t)slot];
+    if (held.m_nStamp == 0)
+        return 0;
+    // Positions of the old window that the new one still shows stay where they are.
+    int keepBegin = first > held.m_nFirst ? first : held.m_nFirst;
+    int keepEnd = first + count < held.m_nFirst + held.m_nCount ? first + count
+                                                                : held.m_nFirst + held.m_nCount;
+    if (keepEnd < keepBegin)
+        keepBegin = keepEnd = first;
+    eVector4T<float>* floats = &m_arFloats[(size_t)slot * m_nSlotPositions];
+    for (int p = first; p < keepBegin; ++p)
+        floats[p % m_nSlotPositions] = convert(positions[(size_t)p]);
+    for (int p = keepEnd; p < first + count; ++p)
+        floats[p % m_nSlotPositions] = convert(positions[(size_t)p]);
+    held.m_nFirst = first;
+    held.m_nCount = count;
+    int last = first + count - 1;
+    held.m_dTimes[0] = positions[(size_t)first].w;
+    held.m_dTimes[1] = positions[(size_t)(first + 1 <= last ? first + 1 : last)].w;
+    held.m_dTimes[2] = positions[(size_t)(last - 1 >= first ? last - 1 : first)].w;
+    held.m_dTimes[3] = positions[(size_t)last].w;
+    return 1;
 }
 
 } // namespace KYR

@@ -2,7 +2,6 @@
 // set's vertex buffer, and the stretch of the list that the time window shows. A line
 // outlives its lists: when one expires the line is given the next.
 #pragma once
-#include "eDataSetFrame.h"
 
 namespace KYR
 {
@@ -19,9 +18,6 @@ public:
     int m_nIndex;             // slot in the vertex buffer
     int m_nFirstIndex;        // first position of the window
     int m_nWindowCount;       // positions in the window
-
-    // The set's converted floats of the list's positions; dropped when the list changes.
-    eDataSetFrame::eLocalPositions m_LocalPositions;
 };
 
 } // namespace KYR

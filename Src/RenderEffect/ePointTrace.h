@@ -1,7 +1,6 @@
 // One trace of a point trace set: timed positions of one moving point, and the stretch
 // of them that the set's time window currently shows.
 #pragma once
-#include "eDataSetFrame.h"
 #include "eVector4.h"
 #include <vector>
 
@@ -17,9 +16,6 @@ public:
     std::vector<eVector4T<double>> m_arPositions; // x, y, z and the time in w, rising time
     int m_nFirstIndex;                            // first position of the window
     int m_nWindowCount;                           // positions in the window
-
-    // The set's converted floats of m_arPositions; copies and assignments start it empty.
-    eDataSetFrame::eLocalPositions m_LocalPositions;
 };
 
 } // namespace KYR

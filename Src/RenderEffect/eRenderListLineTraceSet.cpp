@@ -82,6 +82,7 @@ unsigned char eRenderListLineTraceSet::UpdateCache()
 {
     eLines& lines = *m_Lines;
     std::list<eLineTrace*>& active = lines.m_lstActiveLines;
+    BeginSlotPass();
     for (auto it = active.begin(); it != active.end();)
     {
         eLineTrace* line = *it;
@@ -94,6 +95,7 @@ unsigned char eRenderListLineTraceSet::UpdateCache()
             Update(line);
         it = next;
     }
+    EndSlotPass();
     BindWaitingLists();
     return 1;
 }
@@ -133,7 +135,8 @@ void eRenderListLineTraceSet::BindWaitingLists()
                 waiting.pop_front();
             // The window indices stay those of the old list.
             line->m_pTraceList = fresh;
-            line->m_LocalPositions.Invalidate();
+            if (m_pWindowCache)
+                m_pWindowCache->Forget(line->m_nIndex);
             auto next = std::next(it);
             lines.m_lstActiveLines.splice(lines.m_lstActiveLines.end(), lines.m_lstFreeLines, it);
             it = next;
@@ -149,7 +152,6 @@ void eRenderListLineTraceSet::BindWaitingLists()
             if (!list)
                 break;
             eLineTrace* line = new eLineTrace(lines.m_nPoolIndex, list);
-            line->m_LocalPositions.Reserve(list->GetPositions().size());
             lines.m_lstActiveLines.push_back(line);
             if ((int)lines.m_LineTracePool.size() != lines.m_nPoolIndex)
                 Eassert("m_LineTracePool.size() == m_nPoolIndex", kSource, __LINE__);
@@ -164,25 +166,33 @@ unsigned char eRenderListLineTraceSet::Update(eLineTrace* line)
     if (!m_pVertexData || !line || !line->m_pTraceList)
         return 0;
     std::vector<eVector4T<double>>& pos = line->m_pTraceList->GetPositions();
-    int kind = line->m_pTraceList->GetSpatialRefType();
-    unsigned long long stamp = ConversionStamp();
-    unsigned char rising = line->m_LocalPositions.Bind(stamp, kind, pos);
+    int kind = line->m_pTraceList->GetSpatialRefType(), slot = line->m_nIndex;
+    eDataSetFrame::eWindowCache* cache = m_pWindowCache;
+    unsigned char rising =
+        cache ? cache->Bind(slot, ConversionStamp(), line->m_pTraceList, pos, kind) : 0;
     float t0, t1;
     eDataSetFrame::WindowTimes(m_fCurTime, m_fTraceTime, m_fStartTime, m_fEndTime, t0, t1);
-    if (!eDataSetFrame::MoveWindow(pos.data(), (int)pos.size(), t0, t1, line->m_nFirstIndex,
-                                   line->m_nWindowCount, rising))
+    // Most frames a window stays where it was; the cache tells so without the positions.
+    bool same =
+        rising && cache->Holds(slot, pos, line->m_nFirstIndex, line->m_nWindowCount, t0, t1);
+    if (!same && !eDataSetFrame::MoveWindow(pos.data(), (int)pos.size(), t0, t1,
+                                            line->m_nFirstIndex, line->m_nWindowCount, rising))
         return 0;
-    int s = line->m_nFirstIndex, e = s + line->m_nWindowCount - 1;
-    line->m_LocalPositions.Prepare(
-        pos, s, e, [&](eVector4T<double> const& p) { return ConvertLocal(kind, p); });
-    int count = line->m_nWindowCount * m_nVerticesPerPoint;
+    int s = line->m_nFirstIndex, n = line->m_nWindowCount, e = s + n - 1;
+    int count = n * m_nVerticesPerPoint;
     m_pVertexData->SetVertexSize(count);
-    m_nWindowStamp = stamp;
-    for (int k = s; k <= e; ++k)
-        UpdateVertexBuffer(line, m_pVertexData, k - s, pos[k]);
-    m_nWindowStamp = 0;
-    eDataSetFrame::UploadSlot(m_pVertexData, line->m_nIndex, m_nTraceSize * m_nVerticesPerPoint,
-                              count);
+    bool cached = same || (cache && cache->Prepare(slot, pos, s, n,
+                                                   [&](eVector4T<double> const& p)
+                                                   { return ConvertLocal(kind, p); }));
+    bool bulk = cached && WritesOwnVertices();
+    if (!bulk)
+    {
+        m_nWindowSlot = cached ? slot : -1;
+        for (int k = s; k <= e; ++k)
+            UpdateVertexBuffer(line, m_pVertexData, k - s, pos[k]);
+        m_nWindowSlot = -1;
+    }
+    PutWindow(slot, m_nTraceSize * m_nVerticesPerPoint, s, n, bulk);
     return 1;
 }
 
@@ -190,17 +200,36 @@ unsigned char eRenderListLineTraceSet::UpdateVertexBuffer(eLineTrace* line, eVer
                                                           int k, eVector4T<double>& position)
 {
     // Inside Update the window's floats are ready; anything else is converted here.
-    eVector4T<float> const* local = line->m_LocalPositions.Find(m_nWindowStamp, &position);
+    eTraceList* list = line->m_pTraceList;
+    eVector4T<float> const* local = nullptr;
+    if (m_nWindowSlot >= 0 && list && line->m_nFirstIndex + k < (int)list->GetPositions().size() &&
+        &position == &list->GetPositions()[line->m_nFirstIndex + k])
+        local = m_pWindowCache->At(m_nWindowSlot, line->m_nFirstIndex + k);
     eVector4T<float> v =
-        local ? *local
-              : PositionToLocal(line->m_pTraceList ? line->m_pTraceList->GetSpatialRefType() : 1,
-                                position);
+        local ? *local : PositionToLocal(list ? list->GetSpatialRefType() : 1, position);
     unsigned char* out = data->GetVertex(k * m_nVerticesPerPoint);
     if (!out)
         return 0;
     for (int i = 0; i < m_nVerticesPerPoint; ++i)
         std::memcpy(out + i * sizeof(v), &v, sizeof(v));
     return 1;
+}
+
+unsigned char eRenderListLineTraceSet::WritesOwnVertices()
+{
+#if defined(__GNUC__) && !defined(__clang__)
+    // This object's UpdateVertexBuffer against this class's own: a bound member pointer
+    // gives the function a virtual call would reach.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wpmf-conversions"
+    using Write = unsigned char (*)(eRenderListLineTraceSet*, eLineTrace*, eVertexData*, int,
+                                    eVector4T<double>&);
+    return (Write)(this->*(&eRenderListLineTraceSet::UpdateVertexBuffer)) ==
+           (Write)(&eRenderListLineTraceSet::UpdateVertexBuffer);
+#pragma GCC diagnostic pop
+#else
+    return 0;
+#endif
 }
 
 unsigned char eRenderListLineTraceSet::RenderVertexBuffer(eRenderEngine* engine, eRenderSystem* rs,
@@ -302,6 +331,7 @@ unsigned char eRenderListLineTraceSet::CreateBuffers()
     m_pVertexData.Reset(CreateVertexBuffer());
     eDataSetFrame::CreateSlotBuffer(m_pVertexData,
                                     (long long)m_nPoolSize * m_nTraceSize * m_nVerticesPerPoint);
+    CreateSlotCaches(m_nPoolSize, m_nTraceSize);
     return 1;
 }
 
@@ -309,6 +339,8 @@ unsigned char eRenderListLineTraceSet::DestroyBuffers()
 {
     // The store and its buffer go when the last copy that shares them lets go.
     m_pVertexData.Reset();
+    m_pWindowCache.Reset();
+    m_pBufferShadow.Reset();
     return 1;
 }
 

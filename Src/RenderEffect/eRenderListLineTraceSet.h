@@ -112,8 +112,12 @@ private:
     // Slots the vertex buffer holds; lines are made only for these.
     int BufferSlots();
 
-    // The stamp of the window Update is writing; 0 outside it.
-    unsigned long long m_nWindowStamp = 0;
+    // Whether this object writes its vertices with this class's UpdateVertexBuffer: a
+    // window's floats are then written in bulk, with the bytes it would write one by one.
+    unsigned char WritesOwnVertices();
+
+    // The slot whose prepared window Update is writing; -1 outside it.
+    int m_nWindowSlot = -1;
     // The ranges of one frame's draws, kept so that frames do not allocate.
     std::vector<int> m_arFirsts;
     std::vector<int> m_arCounts;

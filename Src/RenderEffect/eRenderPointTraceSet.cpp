@@ -18,20 +18,18 @@ int const kCornerVertices = 6; // two triangles per position without the geometr
 
 // Asks for what a trace's window reads ahead of its turn: the traces lie scattered in
 // memory, and each window otherwise begins with cache misses. The window's two ends in
-// the positions, and its converted floats.
+// the positions, from which the window search starts.
 void Prefetch(ePointTrace const* trace)
 {
     if (!trace)
         return;
     int n = (int)trace->m_arPositions.size(), s = trace->m_nFirstIndex;
     int e = s + (trace->m_nWindowCount > 0 ? trace->m_nWindowCount - 1 : 0);
-    if (s < 0 || e >= n)
+    if (s < 0 || e + 1 >= n)
         return;
     __builtin_prefetch(&trace->m_arPositions[s]);
-    __builtin_prefetch(&trace->m_arPositions[s] + 2);
     __builtin_prefetch(&trace->m_arPositions[e]);
-    __builtin_prefetch(&trace->m_arPositions[e] + 2);
-    trace->m_LocalPositions.Prefetch(s, trace->m_nWindowCount + 1);
+    __builtin_prefetch(&trace->m_arPositions[e + 1]);
 }
 } // namespace
 
@@ -169,6 +167,7 @@ unsigned char eRenderPointTraceSet::CreateBuffers()
     m_pVertexData.Reset(CreateVertexBuffer());
     eDataSetFrame::CreateSlotBuffer(m_pVertexData,
                                     (long long)m_nPoolSize * m_nTraceSize * m_nVerticesPerPoint);
+    CreateSlotCaches(m_nPoolSize, m_nTraceSize);
     return 1;
 }
 
@@ -176,6 +175,8 @@ unsigned char eRenderPointTraceSet::DestroyBuffers()
 {
     // The store and its buffer go when the last copy that shares them lets go.
     m_pVertexData.Reset();
+    m_pWindowCache.Reset();
+    m_pBufferShadow.Reset();
     return 1;
 }
 
@@ -183,7 +184,10 @@ unsigned char eRenderPointTraceSet::UpdateVertexBuffer(ePointTrace* trace, eVert
                                                        eVector4T<double>& position)
 {
     // Inside UpdateTrace the window's floats are ready; anything else is converted here.
-    eVector4T<float> const* local = trace->m_LocalPositions.Find(m_nWindowStamp, &position);
+    eVector4T<float> const* local = nullptr;
+    if (m_nWindowSlot >= 0 && trace->m_nFirstIndex + k < (int)trace->m_arPositions.size() &&
+        &position == &trace->m_arPositions[trace->m_nFirstIndex + k])
+        local = m_pWindowCache->At(m_nWindowSlot, trace->m_nFirstIndex + k);
     eVector4T<float> v = local ? *local : PositionToLocal(trace->m_nSpatialRefType, position);
     unsigned char* out = data->GetVertex(k * m_nVerticesPerPoint);
     if (!out)
@@ -221,9 +225,9 @@ unsigned char eRenderPointTraceSet::UpdatePointTrace(int index, ePointTrace cons
         slot.Reset(new ePointTrace(*trace));
     else if (slot != trace)
         *slot = *trace;
-    // New or changed positions: converted again when next shown, into room made now.
-    slot->m_LocalPositions.Invalidate();
-    slot->m_LocalPositions.Reserve(slot->m_arPositions.size());
+    // New or changed positions: converted again when next shown.
+    if (m_pWindowCache)
+        m_pWindowCache->Forget(index);
     if (!UpdateTrace(index, slot))
         return 0;
     if (m_nCount < index + 1)
@@ -249,16 +253,27 @@ unsigned char eRenderPointTraceSet::Update()
     int n = (int)m_arPointTraces.size();
     if (n == 0)
         return 0;
+    BeginSlotPass();
     for (int i = 0; i < n; ++i)
     {
         m_nUpdateIndex %= n;
         // The record two ahead, then what the record one ahead points to.
-        __builtin_prefetch(m_arPointTraces[(m_nUpdateIndex + 2) % n].Get());
-        Prefetch(m_arPointTraces[(m_nUpdateIndex + 1) % n]);
+        char const* ahead =
+            reinterpret_cast<char const*>(m_arPointTraces[(m_nUpdateIndex + 2) % n].Get());
+        if (ahead)
+        {
+            __builtin_prefetch(ahead);
+            __builtin_prefetch(ahead + sizeof(ePointTrace) - 1);
+        }
+        int next = (m_nUpdateIndex + 1) % n;
+        Prefetch(m_arPointTraces[next]);
+        if (m_pWindowCache && m_arPointTraces[next])
+            m_pWindowCache->Prefetch(next, m_arPointTraces[next]->m_nFirstIndex);
         if (ePointTrace* trace = m_arPointTraces[m_nUpdateIndex])
             UpdateTrace(m_nUpdateIndex, trace);
         ++m_nUpdateIndex;
     }
+    EndSlotPass();
     return 1;
 }
 
@@ -276,24 +291,49 @@ unsigned char eRenderPointTraceSet::UpdateTrace(int index, ePointTrace* trace)
         return 0;
     std::vector<eVector4T<double>>& pos = trace->m_arPositions;
     int kind = trace->m_nSpatialRefType;
-    unsigned long long stamp = ConversionStamp();
-    unsigned char rising = trace->m_LocalPositions.Bind(stamp, kind, pos);
+    eDataSetFrame::eWindowCache* cache = m_pWindowCache;
+    unsigned char rising = cache ? cache->Bind(index, ConversionStamp(), trace, pos, kind) : 0;
     float t0, t1;
     eDataSetFrame::WindowTimes(m_fCurTime, m_fTraceTime, m_fStartTime, m_fEndTime, t0, t1);
-    if (!eDataSetFrame::MoveWindow(pos.data(), (int)pos.size(), t0, t1, trace->m_nFirstIndex,
-                                   trace->m_nWindowCount, rising))
+    // Most frames a window stays where it was; the cache tells so without the positions.
+    bool same =
+        rising && cache->Holds(index, pos, trace->m_nFirstIndex, trace->m_nWindowCount, t0, t1);
+    if (!same && !eDataSetFrame::MoveWindow(pos.data(), (int)pos.size(), t0, t1,
+                                            trace->m_nFirstIndex, trace->m_nWindowCount, rising))
         return 0;
-    int s = trace->m_nFirstIndex, e = s + trace->m_nWindowCount - 1;
-    trace->m_LocalPositions.Prepare(
-        pos, s, e, [&](eVector4T<double> const& p) { return ConvertLocal(kind, p); });
-    int count = trace->m_nWindowCount * m_nVerticesPerPoint;
+    int s = trace->m_nFirstIndex, n = trace->m_nWindowCount, e = s + n - 1;
+    int count = n * m_nVerticesPerPoint;
     m_pVertexData->SetVertexSize(count);
-    m_nWindowStamp = stamp;
-    for (int k = s; k <= e; ++k)
-        UpdateVertexBuffer(trace, m_pVertexData, k - s, pos[k]);
-    m_nWindowStamp = 0;
-    eDataSetFrame::UploadSlot(m_pVertexData, index, m_nTraceSize * m_nVerticesPerPoint, count);
+    bool cached = same || (cache && cache->Prepare(index, pos, s, n,
+                                                   [&](eVector4T<double> const& p)
+                                                   { return ConvertLocal(kind, p); }));
+    bool bulk = cached && WritesOwnVertices();
+    if (!bulk)
+    {
+        m_nWindowSlot = cached ? index : -1;
+        for (int k = s; k <= e; ++k)
+            UpdateVertexBuffer(trace, m_pVertexData, k - s, pos[k]);
+        m_nWindowSlot = -1;
+    }
+    PutWindow(index, m_nTraceSize * m_nVerticesPerPoint, s, n, bulk);
     return 1;
+}
+
+unsigned char eRenderPointTraceSet::WritesOwnVertices()
+{
+#if defined(__GNUC__) && !defined(__clang__)
+    // This object's UpdateVertexBuffer against this class's own: a bound member pointer
+    // gives the function a virtual call would reach.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wpmf-conversions"
+    using Write = unsigned char (*)(eRenderPointTraceSet*, ePointTrace*, eVertexData*, int,
+                                    eVector4T<double>&);
+    return (Write)(this->*(&eRenderPointTraceSet::UpdateVertexBuffer)) ==
+           (Write)(&eRenderPointTraceSet::UpdateVertexBuffer);
+#pragma GCC diagnostic pop
+#else
+    return 0;
+#endif
 }
 
 ePointTrace* eRenderPointTraceSet::Slot(int index) const

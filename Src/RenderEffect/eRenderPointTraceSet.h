@@ -76,8 +76,12 @@ protected:
     std::vector<eShared<ePointTrace>> m_arPointTraces;
 
 private:
-    // The stamp of the window UpdateTrace is writing; 0 outside it.
-    unsigned long long m_nWindowStamp = 0;
+    // Whether this object writes its vertices with this class's UpdateVertexBuffer: a
+    // window's floats are then written in bulk, with the bytes it would write one by one.
+    unsigned char WritesOwnVertices();
+
+    // The slot whose prepared window UpdateTrace is writing; -1 outside it.
+    int m_nWindowSlot = -1;
 };
 
 } // namespace KYR

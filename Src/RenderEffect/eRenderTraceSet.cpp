@@ -4,6 +4,7 @@
 #include "eDataSetFrame.h"
 #include "eMaterial.h"
 #include "eProgram.h"
+#include "eHardwareBuffer.h"
 #include "eMesh.h"
 #include "eRenderQueue.h"
 
@@ -128,6 +129,59 @@ ePoint2D eRenderTraceSet::PositionToGeo(int kind, eVector4T<double>& p)
         return ePoint2D(0.0, 0.0);
     }
     return eDataSetFrame::PositionToGeo(m_pCanvas, kind, p.x, p.y);
+}
+
+void eRenderTraceSet::BeginSlotPass()
+{
+    m_nBatchStamp = 0;
+    m_nBatchStamp = ConversionStamp();
+    if (m_pBufferShadow)
+        m_pBufferShadow->BeginBatch();
+}
+
+void eRenderTraceSet::EndSlotPass()
+{
+    m_nBatchStamp = 0;
+    if (m_pBufferShadow)
+        m_pBufferShadow->EndBatch(m_pVertexData ? m_pVertexData->GetHardwareBuffer() : nullptr);
+}
+
+void eRenderTraceSet::CreateSlotCaches(int slots, int slotPositions)
+{
+    m_pWindowCache.Reset(new eDataSetFrame::eWindowCache());
+    m_pWindowCache->Reset(slots, slotPositions);
+    m_pBufferShadow.Reset();
+    eHardwareVertexBuffer* buffer = m_pVertexData ? m_pVertexData->GetHardwareBuffer() : nullptr;
+    size_t slotBytes =
+        (size_t)slotPositions * m_nVerticesPerPoint * m_pVertexData->GetVertexStride();
+    // Only with the buffer in place: the shadow mirrors what it holds.
+    if (buffer && eDataSetFrame::eBufferShadow::Pays(slotBytes))
+    {
+        m_pBufferShadow.Reset(new eDataSetFrame::eBufferShadow());
+        m_pBufferShadow->Reset((size_t)buffer->GetSizeInBytes());
+    }
+}
+
+void eRenderTraceSet::PutWindow(int slot, int slotVertices, int first, int positions, bool cached)
+{
+    int vertices = positions * m_nVerticesPerPoint, stride = m_pVertexData->GetVertexStride();
+    eHardwareVertexBuffer* buffer = m_pVertexData->GetHardwareBuffer();
+    if (cached && m_pBufferShadow && stride == (int)sizeof(eVector4T<float>))
+    {
+        // Straight from the cache into the shadow: the store is not needed on the way.
+        size_t offset = (size_t)slot * slotVertices * stride;
+        if (unsigned char* out = m_pBufferShadow->Place(buffer, offset, (size_t)vertices * stride))
+        {
+            m_pWindowCache->Write(slot, first, positions, m_nVerticesPerPoint,
+                                  reinterpret_cast<eVector4T<float>*>(out));
+            m_pBufferShadow->Commit(buffer);
+        }
+        return;
+    }
+    if (cached)
+        m_pWindowCache->Write(slot, first, positions, m_nVerticesPerPoint,
+                              reinterpret_cast<eVector4T<float>*>(m_pVertexData->GetVertex(0)));
+    eDataSetFrame::UploadSlot(m_pVertexData, slot, slotVertices, vertices, m_pBufferShadow);
 }
 
 eTexture* eRenderTraceSet::CreateTexture(eString const& path)

@@ -1,6 +1,7 @@
 // Base of the trace sets: the clock with its sliding time window, the anchor given by the
 // application and its local frame, and the conversions of timed positions into it.
-// Copies share the technique and the vertex store; the last holder frees them.
+// Copies share the technique, the vertex store and what follows its slots (the window
+// cache and the buffer's shadow); the last holder frees them.
 #pragma once
 #include "eDataSetFrame.h"
 #include "eMatrix4.h"
@@ -91,12 +92,24 @@ protected:
     eMatrix4T<float> m_LocalMatrix;
 
     // Local floats of positions are reused while this key stands (see eDataSetFrame).
-    // Refreshed before each window is converted, so a changed anchor, scene mode or
-    // coordinate system converts again.
+    // Refreshed once for a pass over the slots, or before each window outside one, so a
+    // changed anchor, scene mode or coordinate system converts again.
     unsigned long long ConversionStamp()
     {
+        if (m_nBatchStamp)
+            return m_nBatchStamp;
         return m_ConversionKey.Refresh(m_pCamera, m_pCanvas, m_vWorldPosition, m_LocalMatrix);
     }
+    // Around a pass over every slot: one stamp for all, and the slots' writes gathered.
+    void BeginSlotPass();
+    void EndSlotPass();
+    // Makes the window cache, and the shadow where it pays, for the store's buffer of
+    // `slots` slots of `slotPositions` positions.
+    void CreateSlotCaches(int slots, int slotPositions);
+    // Puts a window of `positions` positions from `first` into slot `slot` (slotVertices
+    // long) of the buffer: from the window cache when `cached`, otherwise from the store,
+    // which then holds its vertices.
+    void PutWindow(int slot, int slotVertices, int first, int positions, bool cached);
     // The converter of the stamp: PositionToLocal with this set's frame.
     eVector4T<float> ConvertLocal(int kind, eVector4T<double> const& p)
     {
@@ -104,6 +117,13 @@ protected:
                                               kind, p);
     }
     eDataSetFrame::eConversionKey m_ConversionKey;
+    // The floats of the windows last written into the store's slots; made and dropped
+    // with the store, and shared with it by copies.
+    eShared<eDataSetFrame::eWindowCache> m_pWindowCache;
+    // The processor-side copy of the store's buffer through which the slots go up.
+    eShared<eDataSetFrame::eBufferShadow> m_pBufferShadow;
+    // The stamp of the pass over the slots under way; 0 outside one.
+    unsigned long long m_nBatchStamp = 0;
 };
 
 } // namespace KYR
