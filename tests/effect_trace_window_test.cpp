@@ -25,6 +25,20 @@ public:
     using eRenderTraceSet::m_pVertexData;
 };
 
+// A set that writes its vertices itself, as an application's subclass may: it must be
+// asked for every position of every window.
+class WritingProbe : public PointProbe
+{
+public:
+    unsigned char UpdateVertexBuffer(ePointTrace* trace, eVertexData* data, int k,
+                                     eVector4T<double>& position) override
+    {
+        ++m_nCalls;
+        return eRenderPointTraceSet::UpdateVertexBuffer(trace, data, k, position);
+    }
+    long long m_nCalls = 0;
+};
+
 class LineProbe : public eRenderListLineTraceSet
 {
 public:
@@ -132,16 +146,12 @@ protected:
             ExpectFreshConversions(set, data(), vpp, windows(), change.what);
         }
     }
-};
 
-TEST_F(TraceWindowTest, ReusedConversionsUploadTheBitsOfAFreshOne)
-{
-    std::vector<eVector4T<double>> a = Track(80, 10.0, 38.0, 0.0), b = Track(80, 14.0, 45.0, 30.0);
-    eVector3T<double> anchor(12.0, 40.0, 0.0);
-    for (unsigned char geometry : {1, 0})
+    // Two tracks in a point set, through the frames and changes of RunChanges.
+    template <typename Set>
+    void RunPointSet(Set& set, unsigned char geometry, std::vector<eVector4T<double>> const& a,
+                     std::vector<eVector4T<double>> const& b, eVector3T<double> anchor)
     {
-        SCOPED_TRACE(geometry ? "point traces, geometry shader" : "point traces, six vertices");
-        PointProbe set;
         set.SetGeometryShader(geometry);
         set.SetPoolSize(4);
         set.SetTraceSize(32);
@@ -173,6 +183,28 @@ TEST_F(TraceWindowTest, ReusedConversionsUploadTheBitsOfAFreshOne)
             set, windows, [&]() { return set.m_pVertexData.Get(); }, vpp);
         m_scene->Camera().SetSceneMode(eSM_GLOBE);
         m_scene->CoordSys().GetPrjCoordSys().SetProjectionType(PJ_PLATE_CARREE);
+    }
+};
+
+TEST_F(TraceWindowTest, ReusedConversionsUploadTheBitsOfAFreshOne)
+{
+    std::vector<eVector4T<double>> a = Track(80, 10.0, 38.0, 0.0), b = Track(80, 14.0, 45.0, 30.0);
+    eVector3T<double> anchor(12.0, 40.0, 0.0);
+    {
+        SCOPED_TRACE("point traces, geometry shader");
+        PointProbe set;
+        RunPointSet(set, 1, a, b, anchor);
+    }
+    {
+        SCOPED_TRACE("point traces, six vertices");
+        PointProbe set;
+        RunPointSet(set, 0, a, b, anchor);
+    }
+    {
+        SCOPED_TRACE("point traces written one by one by a subclass");
+        WritingProbe set;
+        RunPointSet(set, 1, a, b, anchor);
+        EXPECT_GT(set.m_nCalls, 10 * 2 * 10) << "ten frames of two windows";
     }
     {
         SCOPED_TRACE("line traces");
