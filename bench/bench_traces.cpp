@@ -169,7 +169,7 @@ LineFixture& GetLines()
     f.set = new CountingLineSet();
     CountingLineSet& set = *f.set;
     set.SetPoolSize(kTraces + 1); // the last slot is never used
-    set.SetTraceSize(64);
+    set.SetTraceSize(50);         // the slots of the point traces
     set.SetTraceTime(kTraceTime);
     set.SetSpeedPerFrame(0.5f);
     set.SetEnableBackLine(1);
