@@ -30,43 +30,10 @@ eRenderGlobeMask::eRenderGlobeMask()
     : m_rcWorld(-180.0, 90.0, 180.0, -90.0), m_BackgroundColor(0, 0, 0, 255)
 {
     m_nRenderQueueId = kQueueId;
-    m_pPatch.Reset(BuildPatch());
-    m_pMaskMaterial.Reset(BuildMaterial());
-    // The render object draws and uploads them; these members keep them alive.
-    AddMesh(m_pPatch);
-    SetMaterial(m_pMaskMaterial);
+    // The render object holds, draws and uploads them; copies share them.
+    AddMesh(BuildPatch());
+    SetMaterial(BuildMaterial());
     BuildBlocks();
-}
-
-eRenderGlobeMask& eRenderGlobeMask::operator=(eRenderGlobeMask const& other)
-{
-    if (this == &other)
-        return *this;
-    LetGoOfSharedParts();
-    eRenderObject::operator=(other);
-    m_pMaskTexture = other.m_pMaskTexture;
-    m_rcMaskBound = other.m_rcMaskBound;
-    m_arBlocks = other.m_arBlocks;
-    m_rcWorld = other.m_rcWorld;
-    m_BackgroundColor = other.m_BackgroundColor;
-    m_pPatch = other.m_pPatch;
-    m_pMaskMaterial = other.m_pMaskMaterial;
-    return *this;
-}
-
-// The patch, the material and the mask picture go with their last holder.
-eRenderGlobeMask::~eRenderGlobeMask()
-{
-    LetGoOfSharedParts();
-}
-
-void eRenderGlobeMask::LetGoOfSharedParts()
-{
-    if (m_pMaterial == m_pMaskMaterial.Get())
-        m_pMaterial = nullptr;
-    for (eMesh*& mesh : m_arMeshes)
-        if (mesh == m_pPatch.Get())
-            mesh = nullptr; // null entries are skipped
 }
 
 // The count from the world's width goes to the rows and the count from its height to the

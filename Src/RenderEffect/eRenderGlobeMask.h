@@ -36,8 +36,8 @@ public:
     eRenderGlobeMask();
     // Copies share the patch, the material and the mask picture; the last holder frees each.
     eRenderGlobeMask(eRenderGlobeMask const&) = default;
-    eRenderGlobeMask& operator=(eRenderGlobeMask const& other);
-    ~eRenderGlobeMask() override;
+    eRenderGlobeMask& operator=(eRenderGlobeMask const&) = default;
+    ~eRenderGlobeMask() override = default;
 
     // As the render object's, then uploads the mask picture (at every call).
     unsigned char Initialize(eRenderEngine*) override;
@@ -64,12 +64,6 @@ private:
     void BuildBlocks();
     static eMesh* BuildPatch();
     static eMaterial* BuildMaterial();
-    // Takes the patch and the material out of the render object's hands before it frees or
-    // replaces what it owns: they are held below, shared by copies.
-    void LetGoOfSharedParts();
-
-    eShared<eMesh> m_pPatch;
-    eShared<eMaterial> m_pMaskMaterial;
 };
 
 } // namespace KYR
