@@ -9,6 +9,7 @@
 #include "eRenderScatterPointSet.h"
 #include <epoxy/gl.h>
 #include <cstring>
+#include <random>
 
 using namespace KYR;
 
@@ -215,6 +216,74 @@ TEST_F(EffectTest, ScatterPickSelectsTheNearestPointOnTheRay)
     // An icon without size covers nothing, not even the point right on the ray.
     set.SetScatterPointSize(-5.0e4);
     EXPECT_FALSE(pick(eye, World(10, 10, 0), false));
+}
+
+// Picks answered from the world positions a set keeps agree with a copy's first pick, which
+// maps every point afresh: on the globe, for slots rewritten between picks, on the plane
+// after the mode switch, under another projection, and back on the globe.
+TEST_F(EffectTest, ScatterKeptWorldPositionsPickAsAFreshMapping)
+{
+    eCamera& cam = m_scene->Camera();
+    eCoordSys& cs = m_scene->CoordSys();
+    eRenderScatterPointSet set;
+    std::mt19937 rng(7);
+    std::uniform_real_distribution<double> lon(-60.0, 60.0), lat(-50.0, 50.0);
+    std::vector<eScatterPoint> points;
+    for (int i = 0; i < 3000; ++i)
+    {
+        points.push_back(Pt(1 + i % 5, lon(rng), lat(rng), (i % 3) * 2.0e5));
+        set.AddScatterPoint(points.back());
+    }
+    auto aim = [&](eScatterPoint const& p)
+    {
+        ePoint2D pt(p.x, p.y);
+        cs.GeoToMap(pt, pt);
+        cs.MapToLogicalPoint(pt, pt);
+        eVector3T<double> w;
+        cs.LogicalToWorld(cam.GetSceneMode(), pt, w, p.z);
+        return w;
+    };
+    auto pick = [&](eRenderScatterPointSet& s, eVector3T<double> const& at)
+    {
+        eQueryFilter f;
+        f.m_vOrigin = cam.GetCameraPosition();
+        f.m_vDirection = (at - f.m_vOrigin).Normalized();
+        double depth = 0.0;
+        if (!s.Query(&m_scene->Engine(), &cam, &f, depth))
+            return -1;
+        std::vector<eChoiceObject> c = s.GetChoicePoint();
+        return c.empty() ? -2 : c[0].index;
+    };
+    auto agree = [&](char const* where)
+    {
+        int hits = 0;
+        for (size_t k = 0; k < points.size(); k += 97)
+        {
+            eVector3T<double> at = aim(points[k]);
+            int kept = pick(set, at);
+            eRenderScatterPointSet fresh(set);
+            EXPECT_EQ(kept, pick(fresh, at)) << where << ", point " << k;
+            hits += kept >= 0;
+        }
+        EXPECT_GT(hits, 25) << where;
+    };
+
+    agree("globe");
+    // Rewritten slots are mapped again; a stale position would miss them.
+    for (size_t k = 0; k < points.size(); k += 97)
+    {
+        points[k] = Pt(2, lon(rng), lat(rng), 1.0e5);
+        set.UpDateScatterPoint((int)k, points[k]);
+    }
+    agree("rewritten");
+    cam.SetSceneMode(eSM_PLANE);
+    cam.LookAt(0.0, 0.0, 2.0e7, 0.0, 0.0);
+    agree("plane");
+    cs.GetPrjCoordSys().SetProjectionType(PJ_SPHERE_MERCATOR);
+    agree("plane, Mercator");
+    cam.SetSceneMode(eSM_GLOBE);
+    cam.LookAt(0.0, 0.0, 2.0e7, 0.0, 0.0);
+    agree("globe again");
 }
 
 TEST_F(EffectTest, ScatterVisibilityPictureIsRebuiltOnlyWhenDirty)

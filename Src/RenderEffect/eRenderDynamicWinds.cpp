@@ -100,8 +100,8 @@ bool SameBits(ePoint2D const& a, ePoint2D const& b)
 struct eRenderDynamicWinds::Adjuster
 {
     Adjuster(eRenderEngine* engine, eCamera* camera)
-        : plane(camera->GetSceneMode() == eSM_PLANE),
-          cs(plane ? engine->GetCoordSys() : nullptr), inverse(false)
+        : plane(camera->GetSceneMode() == eSM_PLANE), cs(plane ? engine->GetCoordSys() : nullptr),
+          inverse(false)
     {
         if (!cs)
             return;
@@ -612,8 +612,7 @@ void eRenderDynamicWinds::UpdateParticlePool(eRenderEngine* engine, eCamera* cam
             SeedParticle(particle, adjust);
 }
 
-double eRenderDynamicWinds::StepLength(eRenderEngine* engine, eCamera* camera,
-                                       eViewport* viewport)
+double eRenderDynamicWinds::StepLength(eRenderEngine* engine, eCamera* camera, eViewport* viewport)
 {
     double step = 256.0 / engine->GetRenderResolution(1);
     if (camera->GetSceneMode() == eSM_PLANE)
@@ -649,9 +648,8 @@ void eRenderDynamicWinds::MoveThings(eRenderEngine* engine, eCamera* camera, eVi
     }
 }
 
-std::vector<unsigned char>& eRenderDynamicWinds::AdvanceParticles(eRenderEngine* engine,
-                                                                  eCamera* camera,
-                                                                  eViewport* viewport)
+std::vector<unsigned char>&
+eRenderDynamicWinds::AdvanceParticles(eRenderEngine* engine, eCamera* camera, eViewport* viewport)
 {
     if (!m_pStepCache || !m_pStepCache.IsLast())
         m_pStepCache.Reset(new StepCache(engine, camera));
@@ -659,8 +657,8 @@ std::vector<unsigned char>& eRenderDynamicWinds::AdvanceParticles(eRenderEngine*
     Adjuster const adjust(engine, camera);
     WindField const& field = m_windField;
     // Entries made under another adjustment or another grid say nothing about this frame.
-    if (!adjust.SameAs(cache.adjust) || cache.grid != field.columns.Get() ||
-        cache.nx != field.nx || cache.ny != field.ny || cache.gridBounds != field.bounds)
+    if (!adjust.SameAs(cache.adjust) || cache.grid != field.columns.Get() || cache.nx != field.nx ||
+        cache.ny != field.ny || cache.gridBounds != field.bounds)
     {
         cache.entries.clear();
         cache.adjust = adjust;

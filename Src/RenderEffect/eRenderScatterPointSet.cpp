@@ -91,6 +91,64 @@ eTechnique* SharedTechnique()
 
 } // namespace
 
+// A pick turns every point's degrees into a world point (projection, logical mapping, world
+// mapping), which gives the same point each time while the coordinate system, its
+// projection and the scene mode stand. Each slot keeps the record position its world point
+// was computed from, so a rewritten slot is computed again and an unchanged one is not.
+struct eRenderScatterPointSet::PickCache
+{
+    // What the mapping reads besides the point.
+    struct Key
+    {
+        eCoordSys* coordSys = nullptr;
+        int mode = -1;
+        int coordSysMode = -1;
+        int projectionType = 0;
+        double projection[4] = {0.0, 0.0, 0.0, 0.0};
+
+        Key() = default;
+        Key(eCoordSys* cs, eSceneMode m)
+            : coordSys(cs), mode((int)m), coordSysMode((int)cs->GetSceneMode())
+        {
+            eProjection const* p = cs->GetPrjCoordSys().GetProjection();
+            projectionType = p->GetProjectionType();
+            projection[0] = p->GetCentralMeridian();
+            projection[1] = p->GetOriginLatitude();
+            projection[2] = p->GetStandardParallel1();
+            projection[3] = p->GetStandardParallel2();
+        }
+
+        bool operator==(Key const& o) const
+        {
+            return coordSys == o.coordSys && mode == o.mode && coordSysMode == o.coordSysMode &&
+                   projectionType == o.projectionType &&
+                   std::memcmp(projection, o.projection, sizeof(projection)) == 0;
+        }
+    };
+
+    struct Entry
+    {
+        unsigned char xyz[12]; // the record's position bytes the world point was made from
+        unsigned int valid;
+        eVector3T<double> world;
+    };
+
+    // Forgets every entry when the mapping changed; makes room for `count` slots.
+    void Prepare(Key const& now, size_t count)
+    {
+        if (!(now == key))
+        {
+            entries.clear();
+            key = now;
+        }
+        entries.resize(count, Entry{{0}, 0u, eVector3T<double>()});
+    }
+
+    Key key;
+    std::vector<Entry> entries;         // by slot
+    std::vector<unsigned char> records; // the read-back records, kept for their memory
+};
+
 eRenderScatterPointSet::eRenderScatterPointSet() : eRenderScatterPointSet(32) {}
 
 eRenderScatterPointSet::eRenderScatterPointSet(int gridSize)
@@ -197,6 +255,19 @@ int eRenderScatterPointSet::ReadRecords(int count, std::unique_ptr<unsigned char
     // Left uninitialised: the read fills every byte.
     bytes.reset(new unsigned char[(size_t)count * stride]);
     return buffer->ReadData(0, count * stride, bytes.get()) ? count : 0;
+}
+
+int eRenderScatterPointSet::ReadRecords(int count, std::vector<unsigned char>& bytes)
+{
+    if (!m_pVertexData || !m_pVertexData->GetHardwareBuffer() || count <= 0)
+        return 0;
+    eHardwareVertexBuffer* buffer = m_pVertexData->GetHardwareBuffer();
+    int stride = m_pVertexData->GetVertexStride();
+    count = std::min(count, buffer->GetSizeInBytes() / stride);
+    if (count <= 0)
+        return 0;
+    bytes.resize((size_t)count * stride);
+    return buffer->ReadData(0, count * stride, bytes.data()) ? count : 0;
 }
 
 bool eRenderScatterPointSet::GetScatterPoint(int slot, eScatterPoint& point)
@@ -481,24 +552,34 @@ unsigned char eRenderScatterPointSet::Query(eRenderEngine* engine, eCamera* came
     eSceneMode mode = camera->GetSceneMode();
     eVector3T<double> eye = camera->GetCameraPosition();
     eVector3T<double> const origin = filter->m_vOrigin, dir = filter->m_vDirection;
-    std::unique_ptr<unsigned char[]> records;
-    size_t count = (size_t)ReadRecords(m_nPointCount, records);
+    if (!m_pPickCache || !m_pPickCache.IsLast())
+        m_pPickCache.Reset(new PickCache());
+    PickCache& cache = *m_pPickCache;
+    size_t count = (size_t)ReadRecords(m_nPointCount, cache.records);
+    cache.Prepare(PickCache::Key(coordSys, mode), count);
+    unsigned char const* records = cache.records.data();
     double const radius = m_dPointSize * 0.5;
     std::vector<eScatterHit> hits;
     for (size_t i = 0; i < count; ++i)
     {
+        unsigned char const* record = &records[i * kRecordBytes];
         eScatterPoint p;
-        Unpack(&records[i * kRecordBytes], p);
+        Unpack(record, p);
         if (p.id == -1 || p.w < 0.5)
             continue;
-        ePoint2D pt(p.x, p.y);
-        coordSys->GeoToMap(pt, pt);
-        coordSys->MapToLogicalPoint(pt, pt);
-        eVector3T<double> world;
-        coordSys->LogicalToWorld(mode, pt, world, p.z);
+        PickCache::Entry& entry = cache.entries[i];
+        if (!entry.valid || std::memcmp(entry.xyz, record + 4, sizeof(entry.xyz)) != 0)
+        {
+            ePoint2D pt(p.x, p.y);
+            coordSys->GeoToMap(pt, pt);
+            coordSys->MapToLogicalPoint(pt, pt);
+            coordSys->LogicalToWorld(mode, pt, entry.world, p.z);
+            std::memcpy(entry.xyz, record + 4, sizeof(entry.xyz));
+            entry.valid = 1;
+        }
         double t = 0.0;
-        if (RayHits(origin, dir, world, radius, t))
-            hits.push_back(eScatterHit{(int)i, t, p, world, eye});
+        if (RayHits(origin, dir, entry.world, radius, t))
+            hits.push_back(eScatterHit{(int)i, t, p, entry.world, eye});
     }
     std::sort(hits.begin(), hits.end(),
               [](eScatterHit const& a, eScatterHit const& b)

@@ -21,6 +21,8 @@ typedef bool (*ScatterHitCallBack)(void*, std::vector<int>&, std::vector<eScatte
 
 class eRenderScatterPointSet : public eRenderable
 {
+    struct PickCache;
+
 public:
     eRenderScatterPointSet();
     explicit eRenderScatterPointSet(int gridSize);
@@ -99,6 +101,8 @@ protected:
     void* m_pHitUserData;
     eShared<float[]> m_pVisiblePixels;
     std::vector<unsigned char> m_arBlankRecord;
+    // World positions of the points for picking; a copy makes its own on its first pick.
+    eShared<PickCache> m_pPickCache;
 
 private:
     eVertexData* NewPointStore();
@@ -109,6 +113,8 @@ private:
     // Reads the first `count` records of the point buffer (fewer when the buffer is
     // shorter) and returns how many were read.
     int ReadRecords(int count, std::unique_ptr<unsigned char[]>& bytes);
+    // The same into a buffer that keeps its memory from one call to the next.
+    int ReadRecords(int count, std::vector<unsigned char>& bytes);
     void Unpack(unsigned char const* record, eScatterPoint& point);
     int FindChoiceIndex(int slot);
     void SelectSlot(int slot, eScatterPoint point);
