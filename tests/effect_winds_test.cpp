@@ -7,6 +7,7 @@
 #include "eRenderDynamicWinds.h"
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 #include <epoxy/gl.h>
 
 using namespace KYR;
@@ -18,7 +19,9 @@ class WindsProbe : public eRenderDynamicWinds
 {
 public:
     WindsProbe() : eRenderDynamicWinds(nullptr) {}
+    using eRenderDynamicWinds::CreateParticlePool;
     using eRenderDynamicWinds::GetGlobeBounds;
+    using eRenderDynamicWinds::GetRenderBounds;
     using eRenderDynamicWinds::linePhase;
     using eRenderDynamicWinds::m_colorTableTexture;
     using eRenderDynamicWinds::m_lineIndices;
@@ -29,7 +32,30 @@ public:
     using eRenderDynamicWinds::m_renderBounds;
     using eRenderDynamicWinds::m_trailFrames;
     using eRenderDynamicWinds::MakeParticle;
+    using eRenderDynamicWinds::MoveThings;
     using eRenderDynamicWinds::RecreatColorTabel;
+    using eRenderDynamicWinds::RenderDynamic;
+    using eRenderDynamicWinds::UpdateParticlePool;
+
+    // One frame of the pool taken step by step: bounds, pool, reseeding, the move, and what
+    // writing the trail segments leaves on each particle.
+    void StepByStep(eRenderEngine* engine, eCamera* camera, eViewport* viewport)
+    {
+        bool const fresh = m_renderBounds.IsEmpty();
+        m_renderBounds = GetRenderBounds(engine, camera);
+        if (fresh)
+            CreateParticlePool(engine, camera);
+        m_renderBounds.Inflate(5.0);
+        UpdateParticlePool(engine, camera);
+        MoveThings(engine, camera, viewport);
+        for (Particle* p : m_particles)
+        {
+            if (!m_renderBounds.PtInRect(p->position))
+                p->life = -2.0;
+            else
+                p->previous = p->position;
+        }
+    }
 };
 
 // A 1-degree global grid, north row first, with the wind given by a function.
@@ -175,6 +201,49 @@ TEST_F(EffectTest, WindsParticlesStartWithoutPreviousAndLiveUpToFortyOneFrames)
     m_scene->RenderFrame();
     EXPECT_GT(w.m_trailFrames.back()->GetVertexSize(), 500);
     m_scene->Remove(&w);
+}
+
+// A frame's single pass over the pool (which reuses where it sampled each particle last)
+// moves and reseeds every particle exactly as the separate steps do, on the globe, where
+// positions wrap, and on the plane.
+TEST_F(EffectTest, WindsOnePassFrameFollowsTheStepByStepPaths)
+{
+    for (eSceneMode mode : {eSM_GLOBE, eSM_PLANE})
+    {
+        m_scene->Camera().SetSceneMode(mode);
+        m_scene->Camera().LookAt(170.0, 30.0, 1.5e7, 0.0, 0.0);
+        WindsProbe drawn, stepped;
+        for (WindsProbe* w : {&drawn, &stepped})
+        {
+            SetGlobalField(*w,
+                           [](double lon, double lat) {
+                               return ePoint2D(20.0 + 10.0 * std::sin(lat * 0.1),
+                                               8.0 * std::cos(lon * 0.05));
+                           });
+            w->m_dynamic = true;
+            w->m_particleCount = 2000;
+            ASSERT_TRUE(w->Initialize(&m_scene->Engine()));
+        }
+        for (int frame = 0; frame < 45; ++frame)
+        {
+            // The frame without its draws.
+            std::srand(1000 + frame);
+            drawn.RenderDynamic(&m_scene->Engine(), nullptr, &m_scene->Camera(),
+                                &m_scene->Viewport());
+            std::srand(1000 + frame);
+            stepped.StepByStep(&m_scene->Engine(), &m_scene->Camera(), &m_scene->Viewport());
+            ASSERT_EQ(drawn.m_particles.size(), stepped.m_particles.size());
+            size_t differ = 0;
+            for (size_t i = 0; i < drawn.m_particles.size(); ++i)
+            {
+                Particle const &a = *drawn.m_particles[i], &b = *stepped.m_particles[i];
+                differ += std::memcmp(&a.position, &b.position, sizeof(a.position)) != 0 ||
+                          std::memcmp(&a.previous, &b.previous, sizeof(a.previous)) != 0 ||
+                          a.life != b.life;
+            }
+            ASSERT_EQ(differ, 0u) << "mode " << mode << ", frame " << frame;
+        }
+    }
 }
 
 TEST_F(EffectTest, WindsCalmAirDrawsNoSegmentAndTrailsKeepFiftyOne)

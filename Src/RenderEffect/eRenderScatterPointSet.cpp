@@ -146,7 +146,7 @@ struct eRenderScatterPointSet::PickCache
 
     Key key;
     std::vector<Entry> entries;         // by slot
-    std::vector<unsigned char> records; // the read-back records, kept for their memory
+    std::vector<unsigned char> records; // one piece of read-back records
 };
 
 eRenderScatterPointSet::eRenderScatterPointSet() : eRenderScatterPointSet(32) {}
@@ -257,17 +257,21 @@ int eRenderScatterPointSet::ReadRecords(int count, std::unique_ptr<unsigned char
     return buffer->ReadData(0, count * stride, bytes.get()) ? count : 0;
 }
 
-int eRenderScatterPointSet::ReadRecords(int count, std::vector<unsigned char>& bytes)
+int eRenderScatterPointSet::RecordsInBuffer(int count)
 {
     if (!m_pVertexData || !m_pVertexData->GetHardwareBuffer() || count <= 0)
         return 0;
-    eHardwareVertexBuffer* buffer = m_pVertexData->GetHardwareBuffer();
     int stride = m_pVertexData->GetVertexStride();
-    count = std::min(count, buffer->GetSizeInBytes() / stride);
-    if (count <= 0)
-        return 0;
+    return std::max(0,
+                    std::min(count, m_pVertexData->GetHardwareBuffer()->GetSizeInBytes() / stride));
+}
+
+bool eRenderScatterPointSet::ReadRecords(int first, int count, std::vector<unsigned char>& bytes)
+{
+    int stride = m_pVertexData->GetVertexStride();
     bytes.resize((size_t)count * stride);
-    return buffer->ReadData(0, count * stride, bytes.data()) ? count : 0;
+    return m_pVertexData->GetHardwareBuffer()->ReadData(first * stride, count * stride,
+                                                        bytes.data()) != 0;
 }
 
 bool eRenderScatterPointSet::GetScatterPoint(int slot, eScatterPoint& point)
@@ -555,31 +559,52 @@ unsigned char eRenderScatterPointSet::Query(eRenderEngine* engine, eCamera* came
     if (!m_pPickCache || !m_pPickCache.IsLast())
         m_pPickCache.Reset(new PickCache());
     PickCache& cache = *m_pPickCache;
-    size_t count = (size_t)ReadRecords(m_nPointCount, cache.records);
-    cache.Prepare(PickCache::Key(coordSys, mode), count);
-    unsigned char const* records = cache.records.data();
+    int const count = RecordsInBuffer(m_nPointCount);
+    cache.Prepare(PickCache::Key(coordSys, mode), (size_t)count);
     double const radius = m_dPointSize * 0.5;
     std::vector<eScatterHit> hits;
-    for (size_t i = 0; i < count; ++i)
+    // The records come over in pieces small enough to stay in the processor's cache while
+    // they are tested; a buffer that cannot be read meets nothing.
+    int const piece = 4096;
+    for (int first = 0; first < count; first += piece)
     {
-        unsigned char const* record = &records[i * kRecordBytes];
-        eScatterPoint p;
-        Unpack(record, p);
-        if (p.id == -1 || p.w < 0.5)
-            continue;
-        PickCache::Entry& entry = cache.entries[i];
-        if (!entry.valid || std::memcmp(entry.xyz, record + 4, sizeof(entry.xyz)) != 0)
+        int const n = std::min(piece, count - first);
+        if (!ReadRecords(first, n, cache.records))
         {
-            ePoint2D pt(p.x, p.y);
-            coordSys->GeoToMap(pt, pt);
-            coordSys->MapToLogicalPoint(pt, pt);
-            coordSys->LogicalToWorld(mode, pt, entry.world, p.z);
-            std::memcpy(entry.xyz, record + 4, sizeof(entry.xyz));
-            entry.valid = 1;
+            hits.clear();
+            break;
         }
-        double t = 0.0;
-        if (RayHits(origin, dir, entry.world, radius, t))
-            hits.push_back(eScatterHit{(int)i, t, p, entry.world, eye});
+        for (int k = 0; k < n; ++k)
+        {
+            int const i = first + k;
+            unsigned char const* record = &cache.records[(size_t)k * kRecordBytes];
+            // The id and w decide first; the whole point is unpacked for a hit only.
+            int id;
+            float w;
+            std::memcpy(&id, record, sizeof(id));
+            std::memcpy(&w, record + 16, sizeof(w));
+            if (id == -1 || (double)w < 0.5)
+                continue;
+            PickCache::Entry& entry = cache.entries[(size_t)i];
+            if (!entry.valid || std::memcmp(entry.xyz, record + 4, sizeof(entry.xyz)) != 0)
+            {
+                float xyz[3];
+                std::memcpy(xyz, record + 4, sizeof(xyz));
+                ePoint2D pt(xyz[0], xyz[1]);
+                coordSys->GeoToMap(pt, pt);
+                coordSys->MapToLogicalPoint(pt, pt);
+                coordSys->LogicalToWorld(mode, pt, entry.world, xyz[2]);
+                std::memcpy(entry.xyz, record + 4, sizeof(entry.xyz));
+                entry.valid = 1;
+            }
+            double t = 0.0;
+            if (RayHits(origin, dir, entry.world, radius, t))
+            {
+                eScatterPoint p;
+                Unpack(record, p);
+                hits.push_back(eScatterHit{i, t, p, entry.world, eye});
+            }
+        }
     }
     std::sort(hits.begin(), hits.end(),
               [](eScatterHit const& a, eScatterHit const& b)

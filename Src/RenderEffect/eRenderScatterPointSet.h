@@ -113,8 +113,10 @@ private:
     // Reads the first `count` records of the point buffer (fewer when the buffer is
     // shorter) and returns how many were read.
     int ReadRecords(int count, std::unique_ptr<unsigned char[]>& bytes);
-    // The same into a buffer that keeps its memory from one call to the next.
-    int ReadRecords(int count, std::vector<unsigned char>& bytes);
+    // How many of the first `count` records the point buffer holds.
+    int RecordsInBuffer(int count);
+    // Reads records first .. first + count - 1, which the buffer must hold.
+    bool ReadRecords(int first, int count, std::vector<unsigned char>& bytes);
     void Unpack(unsigned char const* record, eScatterPoint& point);
     int FindChoiceIndex(int slot);
     void SelectSlot(int slot, eScatterPoint point);
