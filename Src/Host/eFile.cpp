@@ -2,6 +2,7 @@
 #include "eDataPaths.h"
 #include "eTexture.h"
 
+#include <cctype>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -15,6 +16,11 @@
 #pragma GCC diagnostic ignored "-Wunused-function"
 #pragma GCC diagnostic ignored "-Wimplicit-fallthrough"
 #endif
+// Only the formats resources come in: every other decoder is code a hostile file could reach.
+#define STBI_ONLY_PNG
+#define STBI_ONLY_JPEG
+#define STBI_ONLY_BMP
+#define STBI_ONLY_PNM
 #define STB_IMAGE_IMPLEMENTATION
 #include <stb_image.h>
 #if defined(__GNUC__)
@@ -92,6 +98,100 @@ void eFileStream::Close()
 // eFileParserToolkit
 // ---------------------------------------------------------------------------------------------
 
+namespace
+{
+
+// Decoded pictures past these are refused before anything is allocated for them: no
+// resource comes near, and a forged header must not make the decoder ask for gigabytes.
+int const kMaxPictureSide = 16384;
+long long const kMaxPictureBytes = 256LL << 20;
+
+// Whether the Huffman tables of a JPEG hold at most 256 codes each, as the format allows;
+// the decoder writes past its tables for more. Walks the marker segments up to the end
+// of the data; fill bytes may stand before any marker, as the decoder allows.
+bool JpegTablesFit(unsigned char const* p, int size)
+{
+    int i = 0;
+    while (i + 4 <= size)
+    {
+        if (p[i] != 0xFF)
+        {
+            ++i; // entropy-coded data between markers
+            continue;
+        }
+        unsigned char const marker = p[i + 1];
+        if (marker == 0xFF || marker == 0x00 || marker == 0x01 ||
+            (marker >= 0xD0 && marker <= 0xD9))
+        {
+            i += marker == 0xFF ? 1 : 2; // fill byte, stuffed zero or a marker without length
+            continue;
+        }
+        int const length = (p[i + 2] << 8) | p[i + 3];
+        // Tables (class and id, 16 counts, the symbols) follow one another for the length
+        // the segment gives; the decoder reads on past the data as zeros.
+        if (marker == 0xC4)
+            for (int t = i + 4; t < i + 2 + length;)
+            {
+                int codes = 0;
+                for (int k = 1; k <= 16; ++k)
+                    codes += t + k < size ? p[t + k] : 0;
+                if (codes > 256)
+                    return false;
+                t += 17 + codes;
+            }
+        i += 2 + length;
+    }
+    return true;
+}
+
+// Whether every PNG chunk lies inside the data: the decoder sizes its buffer from the
+// lengths the chunks claim before it finds that the data ends.
+bool PngChunksFit(unsigned char const* p, int size)
+{
+    long long i = 8; // after the signature
+    while (i + 8 <= size)
+    {
+        long long const length =
+            ((long long)p[i] << 24) | (p[i + 1] << 16) | (p[i + 2] << 8) | p[i + 3];
+        if (length > size - i - 12)
+            return false;
+        if (std::memcmp(p + i + 4, "IEND", 4) == 0)
+            break;
+        i += 12 + length;
+    }
+    return true;
+}
+
+// Whether the three numbers of a PNM header (width, height, largest sample) have at most
+// nine digits each; the decoder's reading of longer ones overflows.
+bool PnmNumbersFit(unsigned char const* p, int size)
+{
+    int i = 2; // after "P5" or "P6"
+    for (int number = 0; number < 3; ++number)
+    {
+        // Blanks and comment lines, as the decoder skips them.
+        while (i < size && (std::isspace(p[i]) || p[i] == '#'))
+        {
+            if (p[i] == '#')
+                while (i < size && p[i] != '\n' && p[i] != '\r')
+                    ++i;
+            else
+                ++i;
+        }
+        int digits = 0;
+        while (i < size && p[i] >= '0' && p[i] <= '9')
+        {
+            ++digits;
+            ++i;
+        }
+        if (digits > 9)
+            return false;
+    }
+    return true;
+}
+
+} // namespace
+
 eImageData* eFileParserToolkit::LoadImageData(eByteArray const& bytes, int bitsPerPixel)
 {
     if (bitsPerPixel != 8 && bitsPerPixel != 24 && bitsPerPixel != 32)
@@ -107,6 +207,50 @@ eImageData* eFileParserToolkit::LoadImageData(eByteArray const& bytes, int bitsP
     }
     int channels = bitsPerPixel / 8;
     int w = 0, h = 0, fileChannels = 0;
+    unsigned char const* data = bytes.GetData();
+    int const size = bytes.GetSize();
+    // Checked before the header is read: reading it already builds the tables.
+    if (size >= 2 && data[0] == 0xFF && !JpegTablesFit(data, size))
+    {
+        std::fprintf(stderr, "eFileParserToolkit: image does not decode: a JPEG Huffman table "
+                             "holds more than 256 codes\n");
+        return nullptr;
+    }
+    if (size >= 8 && std::memcmp(data, "\x89PNG", 4) == 0 && !PngChunksFit(data, size))
+    {
+        std::fprintf(stderr, "eFileParserToolkit: image does not decode: a PNG chunk runs "
+                             "past the end of the data\n");
+        return nullptr;
+    }
+    bool const pnm = size >= 2 && data[0] == 'P' && (data[1] == '5' || data[1] == '6');
+    if (pnm && !PnmNumbersFit(data, size))
+    {
+        std::fprintf(stderr, "eFileParserToolkit: image does not decode: a PNM header number "
+                             "is too long\n");
+        return nullptr;
+    }
+    if (!stbi_info_from_memory(data, size, &w, &h, &fileChannels))
+    {
+        std::fprintf(stderr, "eFileParserToolkit: image does not decode: %s\n",
+                     stbi_failure_reason() ? stbi_failure_reason() : "unknown reason");
+        return nullptr;
+    }
+    if (w <= 0 || h <= 0 || w > kMaxPictureSide || h > kMaxPictureSide ||
+        (long long)w * h * 4 > kMaxPictureBytes)
+    {
+        std::fprintf(stderr,
+                     "eFileParserToolkit: refusing a %d x %d picture: more than %d pixels a "
+                     "side or %lld MiB decoded\n",
+                     w, h, kMaxPictureSide, kMaxPictureBytes >> 20);
+        return nullptr;
+    }
+    // The decoder mishandles 16-bit PNM samples when it changes the channel count.
+    if (pnm && stbi_is_16_bit_from_memory(data, size))
+    {
+        std::fprintf(stderr, "eFileParserToolkit: 16-bit PNM pictures are not supported\n");
+        return nullptr;
+    }
+    w = h = fileChannels = 0;
     stbi_uc* pixels =
         stbi_load_from_memory(bytes.GetData(), bytes.GetSize(), &w, &h, &fileChannels, channels);
     if (!pixels)

@@ -184,7 +184,14 @@ void eRenderVolumeRayCast::SetVolume3DTex(char const* path, unsigned int width, 
     if (!file)
         return;
     size_t bytes = 0;
-    bool const sized = VoxelBytes(width, height, depth, bytes);
+    bool sized = VoxelBytes(width, height, depth, bytes);
+    // Sizes the file cannot fill end as a short read would, before anything is allocated
+    // for them: a forged size must not ask for more memory than the file holds.
+    long length = -1;
+    if (sized && std::fseek(file, 0, SEEK_END) == 0)
+        length = std::ftell(file);
+    if (length < 0 || (unsigned long)length < bytes || std::fseek(file, 0, SEEK_SET) != 0)
+        sized = false;
     unsigned char* data = sized ? new (std::nothrow) unsigned char[bytes ? bytes : 1] : nullptr;
     size_t const read = data ? std::fread(data, 1, bytes, file) : 0;
     std::fclose(file);

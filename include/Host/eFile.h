@@ -56,9 +56,10 @@ private:
 class eFileParserToolkit
 {
 public:
-    // Decodes a PNG or JPEG (or any format the decoder knows) into 8 (grey), 24 (RGB) or
-    // 32 (RGBA) bits per pixel, converting as needed; row 0 is the top of the picture.
-    // Null, with a message on stderr, for other depths or data that does not decode.
+    // Decodes a PNG, JPEG, BMP or 8-bit PNM picture into 8 (grey), 24 (RGB) or 32 (RGBA)
+    // bits per pixel, converting as needed; row 0 is the top of the picture. Null, with a
+    // message on stderr, for other depths, data that does not decode, and pictures over
+    // 16384 pixels a side or 256 MiB at 32 bits (refused before anything is allocated).
     // The caller owns the result.
     static eImageData* LoadImageData(eByteArray const& bytes, int bitsPerPixel);
 };
