@@ -337,6 +337,7 @@ TEST_F(LineTraceSetTest, PoolRulesAndWhatStopsDrawing)
 template <> struct CopySubject<eRenderLineTraceSet>
 {
     static constexpr bool kSamePixels = true;
+    static constexpr bool kDraws = false; // the base holds no lines; the list set draws
     static eRenderLineTraceSet* Make(KYR::Host::eScene&)
     {
         auto* set = new eRenderLineTraceSet();

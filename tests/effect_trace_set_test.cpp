@@ -384,6 +384,7 @@ TEST_F(TraceSetTest, CopiesShareTheTechniqueAndTheLastOneFreesIt)
 template <> struct CopySubject<eRenderTraceSet>
 {
     static constexpr bool kSamePixels = true; // draws nothing of its own
+    static constexpr bool kDraws = false; // draws nothing of its own
     static eRenderTraceSet* Make(KYR::Host::eScene&)
     {
         auto* set = new eRenderTraceSet();
