@@ -385,7 +385,7 @@ unsigned char eRenderPointGridSet::RenderVertexBuffer(eRenderEngine* engine, eRe
 
 void eRenderPointGridSet::DrawCells(eRenderProgram* program, double cell)
 {
-    if (!eDataSetFrame::BindVertexData(m_pQuadData, 0))
+    if (!eDataSetFrame::BindVertexData(m_pQuadData.Get()))
         return;
     eVector4T<unsigned char> const white(255, 255, 255, 255);
     for (eGridCell const& c : m_arCells)
@@ -396,7 +396,7 @@ void eRenderPointGridSet::DrawCells(eRenderProgram* program, double cell)
         eVector4T<float> centre = CellCentre(c.m_nKey, cell);
         RenderVertex(program, color, centre);
     }
-    eDataSetFrame::UnbindVertexData(m_pQuadData, 0);
+    eDataSetFrame::UnbindVertexData(m_pQuadData.Get());
 }
 
 void eRenderPointGridSet::DrawLabels(eRenderEngine* engine, eRenderSystem* rs, eCamera* camera,
@@ -427,12 +427,12 @@ void eRenderPointGridSet::DrawLabels(eRenderEngine* engine, eRenderSystem* rs, e
         p->UniformMatrix4(u->m_nProjectionMatrix, 1, 0,
                           camera->GetRelativeProjectionMatrix().Ptr());
     }
-    if (!eDataSetFrame::BindVertexData(m_pGlyphData, 0))
+    if (!eDataSetFrame::BindVertexData(m_pGlyphData.Get()))
         return;
     for (eGridCell const& c : m_arCells)
         RenderText(program, CellCentre(c.m_nKey, cell), unit, c.m_nTotal);
     glBindTexture(GL_TEXTURE_2D, 0);
-    eDataSetFrame::UnbindVertexData(m_pGlyphData, 0);
+    eDataSetFrame::UnbindVertexData(m_pGlyphData.Get());
 }
 
 void eRenderPointGridSet::RenderVertex(eRenderProgram* program, eVector4T<float>& color,
