@@ -250,7 +250,7 @@ void eRenderPointGridSet::SetColorMap(eColorMap* map)
 void eRenderPointGridSet::ResetTable(size_t expected)
 {
     size_t size = kMinTableSize;
-    while (size < expected * 4)
+    while (size < expected * 2)
         size *= 2;
     if (m_arTable.size() != size)
         m_arTable.assign(size, eSlot{kEmptySlot, 0u});
@@ -313,8 +313,8 @@ void eRenderPointGridSet::ClusterPoints(double cell, int level)
     double inverse = 1.0 / cell;
     if (!(cell > 0.0 && std::isfinite(cell) && std::isnormal(inverse)))
         inverse = NAN; // every point takes the division
-    // Block by block: first the keys, while the points further on are fetched from memory,
-    // then the counting.
+    // Block by block: first the keys, while the points further on and the keys' slots are
+    // fetched from memory, then the counting, which then finds its slots in the cache.
     unsigned long long keys[kBlock];
     unsigned int values[kBlock];
     eGridPoint* const* points = m_arPoints.data();
@@ -331,6 +331,7 @@ void eRenderPointGridSet::ClusterPoints(double cell, int level)
             int row = CellIndex(-point->m_vLocal.y, cell, inverse);
             keys[i] = CellKey(col, row, level);
             values[i] = (unsigned int)point->m_nValue;
+            __builtin_prefetch(&m_arTable[(size_t)((keys[i] * kGolden) >> m_nTableShift)], 1);
         }
         for (size_t i = 0; i < n; ++i)
             Count(keys[i], values[i]);
