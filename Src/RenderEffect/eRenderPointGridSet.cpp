@@ -340,8 +340,45 @@ void eRenderPointGridSet::ClusterPoints(double cell, int level)
     for (eSlot const& s : m_arTable)
         if (s.m_nKey != kEmptySlot)
             m_arCells.push_back(eGridCell{s.m_nKey, (int)s.m_nTotal});
-    std::sort(m_arCells.begin(), m_arCells.end(),
-              [](eGridCell const& a, eGridCell const& b) { return a.m_nKey < b.m_nKey; });
+    SortCells();
+}
+
+// Byte by byte from the lowest, each pass stable, so the keys end in ascending order. A byte
+// that every key shares (the level, the top bytes of nearby rows and columns) needs no pass.
+void eRenderPointGridSet::SortCells()
+{
+    size_t const n = m_arCells.size();
+    if (n < 64)
+    {
+        std::sort(m_arCells.begin(), m_arCells.end(),
+                  [](eGridCell const& a, eGridCell const& b) { return a.m_nKey < b.m_nKey; });
+        return;
+    }
+    unsigned int counts[8][256] = {};
+    for (eGridCell const& c : m_arCells)
+        for (int d = 0; d < 8; ++d)
+            ++counts[d][(c.m_nKey >> (8 * d)) & 255u];
+    m_arSorted.resize(n);
+    eGridCell* from = m_arCells.data();
+    eGridCell* to = m_arSorted.data();
+    for (int d = 0; d < 8; ++d)
+    {
+        unsigned int* start = counts[d];
+        if (start[(from[0].m_nKey >> (8 * d)) & 255u] == n)
+            continue;
+        unsigned int sum = 0;
+        for (int b = 0; b < 256; ++b)
+        {
+            unsigned int count = start[b];
+            start[b] = sum;
+            sum += count;
+        }
+        for (size_t i = 0; i < n; ++i)
+            to[start[(from[i].m_nKey >> (8 * d)) & 255u]++] = from[i];
+        std::swap(from, to);
+    }
+    if (from != m_arCells.data())
+        m_arCells.swap(m_arSorted);
 }
 
 eVector4T<float> eRenderPointGridSet::CellCentre(unsigned long long key, double cell)

@@ -69,6 +69,10 @@ protected:
 
     std::vector<eGridCell> m_arCells; // this frame's cells
 
+    // Puts m_arCells in key order.
+    void SortCells();
+    std::vector<eGridCell> m_arSorted; // the sort's second buffer
+
 private:
     // The points added to a set and its copies, deleted once by the last holder.
     struct ePointOwner;
