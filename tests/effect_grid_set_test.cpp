@@ -142,12 +142,14 @@ TEST_F(GridSetTest, PointsFallInCellsByFloorAndEachCellDrawsOnceInKeyOrder)
 // far enough out that multiplying by the inverse side would put some in the next cell:
 // every one must land in column floor(x / side). Every other column only, and the three
 // kinds of point in rows of their own, so that a point in a wrong cell shows as a new cell.
+// The hundreds of cells come row by row, columns as unsigned words (negative ones last).
 TEST_F(GridSetTest, EdgesOfAnyCellSideFloorAsTheQuotientDoes)
 {
     m_levels.m_dResolution = 0.7;
     UseUnitCells();
     double const side = 32.0 * 0.7;
-    std::set<std::pair<long, long>> expected, drawn;
+    std::set<std::pair<long, unsigned>> expected; // (row, column): the order cells are drawn in
+    std::vector<std::pair<long, unsigned>> drawn;
     for (int base : {-131000, 131000})
         for (int k = base - 100; k <= base + 100; k += 2)
         {
@@ -156,13 +158,14 @@ TEST_F(GridSetTest, EdgesOfAnyCellSideFloorAsTheQuotientDoes)
             for (int row = 0; row < 3; ++row)
             {
                 m_set.Add(Point(around[row], -(row + 0.5) * side));
-                expected.insert({(long)std::floor(around[row] / side), row});
+                expected.insert({row, (unsigned)std::floor(around[row] / side)});
             }
         }
     Frame f = Read(RecordFrame());
     for (auto const& c : f.cellCentres)
-        drawn.insert({std::lround(c[0] / side - 0.5), std::lround(-c[1] / side - 0.5)});
-    EXPECT_EQ(drawn, expected);
+        drawn.push_back(
+            {std::lround(-c[1] / side - 0.5), (unsigned)std::lround(c[0] / side - 0.5)});
+    EXPECT_EQ(drawn, (std::vector<std::pair<long, unsigned>>(expected.begin(), expected.end())));
 }
 
 TEST_F(GridSetTest, FirstRangeHoldingTheTotalGivesTheColourAndNoMapGivesWhite)
