@@ -236,6 +236,41 @@ TEST_F(GlobeEdgeBundlingTest, NothingIsDrawnAndTheSceneModeIsReported)
     }
 }
 
+// A path of one point has no segment: the strokes' draw reads only the padding after the end,
+// and the screen stays empty. The edge object's own stores, which nothing fills, draw nothing
+// either when it is rendered by hand.
+TEST_F(EdgeBundlingTest, OnePointPathAndTheEdgesOwnStoresDrawNothing)
+{
+    m_scene->RenderFrame();
+    std::vector<unsigned char> empty = m_scene->ReadPixels();
+    eRenderEdgeBundling edge;
+    std::vector<ePoint2D> path = {{0.0, 0.0}};
+    edge.SetPoints(path);
+    m_scene->Add(&edge);
+    edge.m_bVisible = 0; // leaves the markers out
+    eRenderLineBundling line(&edge);
+    m_scene->Add(&line);
+    for (int f = 0; f < 6; ++f)
+    {
+        Pass pass = Passes(RecordFrame())["TraceLineLength"];
+        ASSERT_EQ(pass.draws.size(), 1u);
+        EXPECT_EQ(pass.draws[0].first, 0);
+        EXPECT_EQ(pass.draws[0].count, 90);
+        EXPECT_EQ(m_scene->ReadPixels(), empty) << "frame " << f;
+    }
+
+    edge.m_bVisible = 1;
+    m_scene->RenderFrame(); // builds the edge's technique
+    Host::eRecorder::Get().Start();
+    EXPECT_TRUE(edge.Render(&m_scene->Engine(), &m_scene->RenderSystem(), &m_scene->Camera(),
+                            &m_scene->Viewport()));
+    Host::eRecorder::Get().Stop();
+    std::vector<eRecord> draws = Host::eRecorder::Get().Of(eRecord::Draw);
+    ASSERT_EQ(draws.size(), 1u);
+    EXPECT_EQ(draws[0].op, "DrawIndexed");
+    EXPECT_EQ(draws[0].count, 0);
+}
+
 // Each role of the classes' enums is the uniform of that name in the programs they use.
 TEST_F(EdgeBundlingTest, ProgramsLinkWithTheirRolesWhereTheEnumsSayTheyAre)
 {
