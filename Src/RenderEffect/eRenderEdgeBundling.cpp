@@ -127,7 +127,7 @@ unsigned char eRenderEdgeBundling::UpdateRenderQueue(eRenderEngine* engine, eCam
         m_pTechnique.Reset(CreateTechnique("DashLine2D", camera));
     m_pPointBundling->UpdateRenderQueue(engine, camera, viewport, queue);
     if (queue)
-        queue->GetQueueGroup(6); // the group the helpers use; this object adds nothing
+        queue->GetQueueGroup(kQueueGroup); // the helpers'; this object adds nothing to it
     return 1;
 }
 

@@ -48,6 +48,8 @@ public:
 
     // Items of the path (points or segments) that one frame draws.
     static int const kWindowItems = 5;
+    // The queue group of the helpers: the usual one of data sets and overlays.
+    static unsigned int const kQueueGroup = 6;
 
     eRenderEdgeBundling();
     // A copy has its own path and its own point helper, which shares the original helper's
@@ -88,11 +90,12 @@ protected:
     // Uploads a helper's stream with `pad` zero vertices after its own, so that a window that
     // reaches past the last item reads vertices that draw nothing.
     static void UploadPadded(eVertexData* data, int pad);
-    // A helper's frame: the anchor's matrix and the program's constants, both streams, one
-    // step of the window every fourth frame, its place and scale, and the draw of five items
-    // of `perItem` vertices. Nothing is drawn without a program or a point.
+    // A helper's frame: the anchor's matrix and, when the pass names the program `name`, its
+    // constants; both streams; one step of the window every fourth frame, its place and scale;
+    // and the draw of five items of `perItem` vertices. Nothing is drawn without a program or
+    // a point.
     static unsigned char DrawWindow(eRenderEngine* engine, eCamera* camera, eTechnique* technique,
-                                    char const* program, eVector3T<double> const& anchor,
+                                    char const* name, eVector3T<double> const& anchor,
                                     eVertexData* geometry, eVertexData* colours, int n, int perItem,
                                     int& traceIndex);
 

@@ -94,7 +94,8 @@ unsigned char eRenderPointBundling::UpdateRenderQueue(eRenderEngine*, eCamera* c
     if (!m_pTechnique)
         m_pTechnique.Reset(eRenderEdgeBundling::CreateTechnique(kProgram, camera));
     if (queue)
-        queue->GetQueueGroup(6)->AddSolidTextureRenderable(m_pTechnique, this);
+        queue->GetQueueGroup(eRenderEdgeBundling::kQueueGroup)
+            ->AddSolidTextureRenderable(m_pTechnique, this);
     return 1;
 }
 
