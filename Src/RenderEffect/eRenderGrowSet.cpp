@@ -207,11 +207,11 @@ void eRenderGrowSet::SetupPass(ePass* pass)
 unsigned char eRenderGrowSet::BindStreams()
 {
     eHardwareIndexBuffer* indices = m_pIndexData ? m_pIndexData->GetHardwareBuffer() : nullptr;
-    if (!indices || !indices->GetBufferID() || !eDataSetFrame::BindVertexData(m_pVertexData, 0))
+    if (!indices || !indices->GetBufferID() || !eDataSetFrame::BindVertexData(m_pVertexData))
         return 0;
-    if (!eDataSetFrame::BindVertexData(m_pExtVertexData, 0))
+    if (!eDataSetFrame::BindVertexData(m_pExtVertexData))
     {
-        eDataSetFrame::UnbindVertexData(m_pVertexData, 0);
+        eDataSetFrame::UnbindVertexData(m_pVertexData);
         return 0;
     }
     GLut::BindBuffer(GL_ELEMENT_ARRAY_BUFFER, indices->GetBufferID());
@@ -221,8 +221,8 @@ unsigned char eRenderGrowSet::BindStreams()
 void eRenderGrowSet::UnbindStreams()
 {
     GLut::BindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
-    eDataSetFrame::UnbindVertexData(m_pExtVertexData, 0);
-    eDataSetFrame::UnbindVertexData(m_pVertexData, 0);
+    eDataSetFrame::UnbindVertexData(m_pExtVertexData);
+    eDataSetFrame::UnbindVertexData(m_pVertexData);
 }
 
 // A shape that overran the pool found its writes refused; its draw would read past the

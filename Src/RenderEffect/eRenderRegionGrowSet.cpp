@@ -203,6 +203,8 @@ unsigned char eRenderRegionGrowSet::RenderVertexBuffer(eRenderEngine* engine, eR
                        reinterpret_cast<void const*>((std::intptr_t)region->m_nFirstIndex * 4));
     }
     UnbindStreams();
+    // The colour program is shared: leave its switch as other users expect it.
+    program->GetProgram()->Uniform1f(program->GetUniform()->m_nCustom[eR_USE_VERTEX_COLOR], 0.0f);
     return 1;
 }
 
