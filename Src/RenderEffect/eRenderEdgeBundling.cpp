@@ -246,8 +246,8 @@ unsigned char eRenderEdgeBundling::DrawWindow(eRenderEngine* engine, eCamera* ca
     }
     p->Uniform1f(u->m_nLightingEnabled, pass->IsLightingEnabled() ? 1.0f : 0.0f);
 
-    bool bound = eDataSetFrame::BindVertexData(geometry, 0) != 0;
-    bound = eDataSetFrame::BindVertexData(colours, 0) != 0 && bound;
+    bool bound = eDataSetFrame::BindVertexData(geometry) != 0;
+    bound = eDataSetFrame::BindVertexData(colours) != 0 && bound;
     if (bound && n > 0)
     {
         // The window stands on item traceIndex and moves on every fourth frame; once past the
@@ -267,8 +267,8 @@ unsigned char eRenderEdgeBundling::DrawWindow(eRenderEngine* engine, eCamera* ca
         // Five items also near the end: what lies past the last is padding that draws nothing.
         glDrawArrays(GL_TRIANGLES, first, kWindowItems * perItem);
     }
-    eDataSetFrame::UnbindVertexData(colours, 0);
-    eDataSetFrame::UnbindVertexData(geometry, 0);
+    eDataSetFrame::UnbindVertexData(colours);
+    eDataSetFrame::UnbindVertexData(geometry);
     return bound ? 1 : 0;
 }
 
