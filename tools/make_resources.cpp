@@ -17,6 +17,8 @@
 //   Icons/ScatterPoint.png     1024 x 1024 icon atlas of 32 x 32 tiles, 32 pixels each;
 //                              tile 0 is the highlight icon given to selected points
 //   Weather/storm.raw          256 x 256 x 64 voxels of a storm cell (StormField.h)
+//   Weather/wind_uv.png        1024 x 512 wind picture of the whole Earth: u in red, v in
+//                              green (SyntheticWinds.h)
 
 #if defined(__GNUC__)
 #pragma GCC diagnostic push
@@ -39,6 +41,7 @@
 #endif
 
 #include "StormField.h"
+#include "SyntheticWinds.h"
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -515,6 +518,14 @@ bool WriteStorm(fs::path const& path)
     return (bool)out;
 }
 
+// The synthetic wind field of the wind scenes as a picture (layout in SyntheticWinds.h).
+bool WriteWindPicture(fs::path const& path)
+{
+    std::vector<unsigned char> px = Winds::Picture();
+    return stbi_write_png(path.string().c_str(), Winds::kPictureWidth, Winds::kPictureHeight, 4,
+                          px.data(), Winds::kPictureWidth * 4) != 0;
+}
+
 bool Report(bool ok, fs::path const& path)
 {
     if (!ok)
@@ -589,5 +600,7 @@ int main(int argc, char** argv)
     ok = Report(ScatterAtlas().WritePNG(icons / "ScatterPoint.png"), icons / "ScatterPoint.png") &&
          ok;
     ok = Report(WriteStorm(weather / "storm.raw"), weather / "storm.raw") && ok;
+    fs::path wind = fs::path(argv[1]) / Winds::kPicturePath;
+    ok = Report(WriteWindPicture(wind), wind) && ok;
     return ok ? 0 : 1;
 }
