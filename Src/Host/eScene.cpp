@@ -115,9 +115,10 @@ void eScene::SetClearColor(float r, float g, float b, float a)
 }
 
 // The engine hands every program it makes current the camera's view and projection
-// (u_viewMatrix, u_projectionMatrix) and the sun (u_sunPosition); effects that send their
-// own overwrite them. Set straight through OpenGL, so the call recorder sees only what the
-// effects send.
+// (u_viewMatrix, u_projectionMatrix), the sun (u_sunPosition), and the frame's size in pixels,
+// the resolution at the look-at point and the scene mode (u_viewportSize,
+// u_renderResolution, u_sceneMode); effects that send their own overwrite them. Set straight
+// through OpenGL, so the call recorder sees only what the effects send.
 void eScene::ApplyCameraMatrices()
 {
     GLint program = 0;
@@ -137,6 +138,16 @@ void eScene::ApplyCameraMatrices()
         eVector3T<double> const& s = m_Engine.GetSunPosition();
         glUniform3f(sun, (float)s.x, (float)s.y, (float)s.z);
     }
+    // For programs that measure in pixels on the screen.
+    GLint viewport = glGetUniformLocation((GLuint)program, "u_viewportSize");
+    if (viewport >= 0)
+        glUniform2f(viewport, (float)m_nWidth, (float)m_nHeight);
+    GLint resolution = glGetUniformLocation((GLuint)program, "u_renderResolution");
+    if (resolution >= 0)
+        glUniform1f(resolution, (float)m_Engine.GetRenderResolution(1));
+    GLint mode = glGetUniformLocation((GLuint)program, "u_sceneMode");
+    if (mode >= 0)
+        glUniform1f(mode, (float)m_Camera.GetSceneMode());
 }
 
 void eScene::DrawEntry(eRenderQueueEntry const& entry)
