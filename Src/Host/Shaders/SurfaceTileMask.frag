@@ -35,7 +35,9 @@ void main()
     // Coverage: between the mean (smooth) and the strongest sample (a trail one texel wide
     // still shows when the footprint spans several).
     float coverage = mix(sum.a / float(kTaps * kTaps), strongest, 0.5);
-    float alpha = coverage * u_opacity;
+    // Squared, so a trail thins out along its length like a comet's tail and the ground
+    // shows between the trails: the fade leaves old trails at a good part of their strength.
+    float alpha = coverage * coverage * u_opacity;
     if (u_hasMask > 0.5)
         alpha *= texture(u_texture2, uv).r;
     if (alpha < 1.0 / 255.0)
