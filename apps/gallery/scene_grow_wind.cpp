@@ -46,9 +46,10 @@ bool BuildGrowWind(KYR::Host::eScene& scene, Gallery::SceneKeep& keep)
     KYR::eColorTable table = SpeedTable();
     wind->SetColorTable(&table);
     scene.Add(wind);
-    // The trails need a run-up: particles re-seed over the sphere and their tails reach full
-    // length; the gallery then draws one more.
-    for (int i = 0; i < 299; ++i)
+    // The trails need a run-up: particles re-seed over the sphere and their tails grow. Past
+    // 200 frames the oldest part of a tail is nearly transparent on the globe, so more frames
+    // would change little; the gallery then draws one more.
+    for (int i = 0; i < 199; ++i)
         scene.RenderFrame();
     return wind->GetWindData()->width > 0;
 }
