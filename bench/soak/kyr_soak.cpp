@@ -22,7 +22,9 @@ namespace
 
 using namespace KYR;
 
-int const kWarmUp = 300;             // frames before the first reading: pools filled, caches made
+// Frames before the first reading: one whole loop of the trace clock, so that every window
+// the traces go through, the pools and the caches exist once.
+int const kWarmUp = 2500;
 long const kAllowedGrowth = 4 << 20; // allocator slack, far below a leak over the run
 
 long ResidentBytes()
