@@ -17,6 +17,7 @@
 //   Icons/ScatterPoint.png     1024 x 1024 icon atlas of 32 x 32 tiles, 32 pixels each;
 //                              tile 0 is the highlight icon given to selected points
 //   Weather/storm.raw          256 x 256 x 64 voxels of a storm cell (StormField.h)
+//   Icons/CityIcon.png         32 x 32 city pictogram: a skyline on a white disc
 
 #if defined(__GNUC__)
 #pragma GCC diagnostic push
@@ -515,6 +516,43 @@ bool WriteStorm(fs::path const& path)
     return (bool)out;
 }
 
+// A city pictogram for annotations: a navy skyline of towers on a white disc with a thin
+// navy rim, clear outside the disc.
+Canvas CityIcon()
+{
+    int const size = 32;
+    double const c = size / 2.0;
+    RGBA const navy{20, 40, 90, 255};
+    Canvas icon(size, size);
+    Fill(icon, 0, 0, size, size, navy,
+         [&](double x, double y) { return std::hypot(x - c, y - c) <= 15.5; });
+    Fill(icon, 0, 0, size, size, RGBA{255, 255, 255, 255},
+         [&](double x, double y) { return std::hypot(x - c, y - c) <= 14.0; });
+    // Towers: left, right and top edges in pixels (y down); all stand on the ground line.
+    struct Tower
+    {
+        double x0, x1, top;
+    } const towers[] = {{6.0, 10.0, 16.0},
+                        {10.5, 14.5, 10.0},
+                        {15.0, 18.0, 6.0},
+                        {18.5, 22.5, 12.0},
+                        {23.0, 26.5, 17.0}};
+    double const ground = 24.0;
+    Fill(icon, 0, 0, size, size, navy,
+         [&](double x, double y)
+         {
+             if (std::hypot(x - c, y - c) > 14.0)
+                 return false;
+             if (y >= ground && y <= ground + 1.5 && x >= 5.0 && x <= 27.0)
+                 return true;
+             for (Tower const& t : towers)
+                 if (x >= t.x0 && x <= t.x1 && y >= t.top && y <= ground)
+                     return true;
+             return false;
+         });
+    return icon;
+}
+
 bool Report(bool ok, fs::path const& path)
 {
     if (!ok)
@@ -589,5 +627,6 @@ int main(int argc, char** argv)
     ok = Report(ScatterAtlas().WritePNG(icons / "ScatterPoint.png"), icons / "ScatterPoint.png") &&
          ok;
     ok = Report(WriteStorm(weather / "storm.raw"), weather / "storm.raw") && ok;
+    ok = Report(CityIcon().WritePNG(icons / "CityIcon.png"), icons / "CityIcon.png") && ok;
     return ok ? 0 : 1;
 }
