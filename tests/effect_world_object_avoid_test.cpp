@@ -183,6 +183,48 @@ TEST_F(EffectTest, PickedStationStaysShownWhenTheBoxesGrow)
     EXPECT_EQ(s.avoid.SelectStation(s.Pixel(*m_scene, 0)), 1);
 }
 
+TEST_F(EffectTest, AvoidanceOverManyStationsShowsEachOneNoEarlierShownOneMeets)
+{
+    // Stations in clusters and alone, and pairs on one grid point.
+    std::vector<eVector3T<double>> places;
+    unsigned int seed = 7u;
+    auto next = [&seed]()
+    {
+        seed = seed * 1664525u + 1013904223u;
+        return (seed >> 8) / double(1u << 24);
+    };
+    for (int k = 0; k < 1500; ++k)
+        places.push_back({-30.0 + 60.0 * next(), -20.0 + 40.0 * next(), 0.0});
+    for (int k = 0; k < 100; ++k)
+        places.push_back(places[(size_t)(next() * 1500)]);
+    Stations s(*m_scene, places);
+    double const distance = 8.0e6;
+    m_scene->Camera().LookAt(0.0, 0.0, distance, 0.0, 0.0);
+    m_scene->RenderFrame();
+    FlagList flags = s.Flags();
+    ASSERT_EQ(flags.size(), places.size());
+
+    // Each box reaches d / 800 / 40 grid units from its station (250 here).
+    int const reach = (int)(distance / 800.0 * 0.025);
+    auto meet = [&](size_t a, size_t b)
+    {
+        ePoint pa = eRenderWorldObjectAvoid::GeoToGrid(places[a].x, places[a].y);
+        ePoint pb = eRenderWorldObjectAvoid::GeoToGrid(places[b].x, places[b].y);
+        return std::abs(pa.x - pb.x) < 2 * reach && std::abs(pa.y - pb.y) < 2 * reach;
+    };
+    size_t shown = 0;
+    for (size_t i = 0; i < places.size(); ++i)
+    {
+        bool met = false;
+        for (size_t j = 0; j < i && !met; ++j)
+            met = flags[j] == kPlain && meet(i, j);
+        EXPECT_EQ(flags[i], met ? kHidden : kPlain) << "station " << i;
+        shown += flags[i] == kPlain;
+    }
+    EXPECT_GT(shown, 10u);
+    EXPECT_LT(shown, 200u);
+}
+
 template <> struct CopySubject<eRenderWorldObjectAvoid>
 {
     static constexpr bool kSamePixels = true;

@@ -38,6 +38,9 @@ long long CellKey(int cx, int cy)
     return ((long long)cx << 32) ^ (long long)(unsigned int)cy;
 }
 
+// No cell has this key: both halves would have to be the most negative int.
+long long const kNoCell = (long long)((unsigned long long)1 << 63);
+
 // Whether two boxes share area (edges that only touch do not count).
 bool Meet(eRect const& a, eRect const& b)
 {
@@ -139,13 +142,24 @@ void eRenderWorldObjectAvoid::UpdateAvoidBoundSize()
         bound.m_rcBound.Inflate(s, s);
 }
 
+size_t eRenderWorldObjectAvoid::CellSlot(long long key) const
+{
+    size_t const mask = m_arCellKeys.size() - 1;
+    size_t slot = (size_t)(((unsigned long long)key * 0x9E3779B97F4A7C15ull) >> 32) & mask;
+    while (m_arCellKeys[slot] != kNoCell && m_arCellKeys[slot] != key)
+        slot = (slot + 1) & mask;
+    return slot;
+}
+
 void eRenderWorldObjectAvoid::ComputerAvoid(eRenderEngine*, eCamera*, eViewport*)
 {
     size_t const n = m_arAvoidBounds.size();
-    // Cells at least as large as a box: boxes that meet lie in neighbouring cells.
-    int cell = 1;
+    // Cells twice as large as a box: the boxes that meet one lie in the 2 x 2 cells nearest
+    // its corner.
+    int side = 1;
     for (AvoidBound const& b : m_arAvoidBounds)
-        cell = std::max(cell, std::max(b.m_rcBound.Width(), b.m_rcBound.Height()));
+        side = std::max(side, std::max(b.m_rcBound.Width(), b.m_rcBound.Height()));
+    int const cell = side <= (1 << 29) ? 2 * side : 1 << 30;
 
     m_arOrder.clear();
     for (size_t i = 0; i < n; ++i)
@@ -155,31 +169,43 @@ void eRenderWorldObjectAvoid::ComputerAvoid(eRenderEngine*, eCamera*, eViewport*
         if (!m_arAvoidBounds[i].m_bSelected)
             m_arOrder.push_back((int)i);
 
-    m_mapCellFirst.clear();
+    // At most one cell a station, at most half the table in use.
+    size_t slots = 16;
+    while (slots < 2 * n)
+        slots *= 2;
+    m_arCellKeys.assign(slots, kNoCell);
+    m_arCellFirst.resize(slots);
     m_arNextShown.assign(n, -1);
     for (int i : m_arOrder)
     {
         AvoidBound& bound = m_arAvoidBounds[(size_t)i];
         eRect const& r = bound.m_rcBound;
-        int cx = FloorDiv(r.left, cell), cy = FloorDiv(r.top, cell);
+        int const cx = FloorDiv(r.left, cell), cy = FloorDiv(r.top, cell);
+        // A box that meets this one starts less than a side away from its corner.
+        int const nx = r.left - cx * cell < cell / 2 ? cx - 1 : cx + 1;
+        int const ny = r.top - cy * cell < cell / 2 ? cy - 1 : cy + 1;
+        int const xs[2] = {cx, nx}, ys[2] = {cy, ny};
         bool blocked = false;
-        for (int dy = -1; dy <= 1 && !blocked; ++dy)
-            for (int dx = -1; dx <= 1 && !blocked; ++dx)
+        for (int a = 0; a < 2 && !blocked; ++a)
+            for (int b = 0; b < 2 && !blocked; ++b)
             {
-                auto it = m_mapCellFirst.find(CellKey(cx + dx, cy + dy));
-                for (int j = it == m_mapCellFirst.end() ? -1 : it->second; j >= 0 && !blocked;
-                     j = m_arNextShown[(size_t)j])
+                size_t slot = CellSlot(CellKey(xs[a], ys[b]));
+                if (m_arCellKeys[slot] == kNoCell)
+                    continue;
+                for (int j = m_arCellFirst[slot]; j >= 0 && !blocked; j = m_arNextShown[(size_t)j])
                     blocked = Meet(r, m_arAvoidBounds[(size_t)j].m_rcBound);
             }
         bound.m_bVisible = blocked ? 0 : 1;
         if (blocked)
             continue;
-        auto inserted = m_mapCellFirst.emplace(CellKey(cx, cy), i);
-        if (!inserted.second)
+        size_t slot = CellSlot(CellKey(cx, cy));
+        if (m_arCellKeys[slot] == kNoCell)
         {
-            m_arNextShown[(size_t)i] = inserted.first->second;
-            inserted.first->second = i;
+            m_arCellKeys[slot] = CellKey(cx, cy);
+            m_arCellFirst[slot] = -1;
         }
+        m_arNextShown[(size_t)i] = m_arCellFirst[slot];
+        m_arCellFirst[slot] = i;
     }
 }
 

@@ -8,7 +8,6 @@
 #include "ePoint.h"
 #include "eRenderWorldObject.h"
 #include "eVector3.h"
-#include <unordered_map>
 #include <vector>
 
 namespace KYR
@@ -67,9 +66,15 @@ protected:
     unsigned char m_bSelectChanged;
 
 private:
+    // The slot of a cell in the table of cells (open addressing), or the empty slot where it
+    // would go.
+    size_t CellSlot(long long key) const;
+
     // Scratch of ComputerAvoid, kept so that an update allocates nothing once warm: the shown
-    // boxes filed by grid cell, as chains through m_arNextShown.
-    std::unordered_map<long long, int> m_mapCellFirst;
+    // boxes filed by grid cell in a table of cells, each cell the head of a chain through
+    // m_arNextShown.
+    std::vector<long long> m_arCellKeys;
+    std::vector<int> m_arCellFirst;
     std::vector<int> m_arNextShown;
     std::vector<int> m_arOrder;
 };
