@@ -1,8 +1,9 @@
 // Scenes "stations" and "stations-near": three hundred city stations of the time-zone table as
 // world objects that avoid each other. A station whose box meets the box of one shown before
 // it is hidden, leaving only a grey dot; the boxes grow with the camera's distance, so the far
-// view keeps few stations and the near one many. Paris is picked through its pixel and drawn
-// highlighted, with a call-out naming it.
+// view keeps few stations and the near one many. One shown station (Paris where it is shown,
+// else a neighbour or the one nearest the middle of the view) is picked through its pixel and
+// drawn highlighted, with a call-out naming it.
 #include "Gallery.h"
 #include "GalleryGeo.h"
 #include "eMathEngine.h"
@@ -187,13 +188,13 @@ bool BuildStations(KYR::Host::eScene& scene, Gallery::SceneKeep& keep, double lo
 
 Gallery::Register s_far({"stations",
                          "three hundred city stations thinned out by their boxes at a far "
-                         "distance, Paris picked",
+                         "distance, one picked",
                          KYR::eSM_GLOBE, KYR::PJ_PLATE_CARREE, Gallery::WithEarth({}),
                          [](KYR::Host::eScene& scene, Gallery::SceneKeep& keep)
                          { return BuildStations(scene, keep, 15.0, 30.0, 1.8e7); }});
 Gallery::Register s_near({"stations-near",
-                          "the same stations nearer: smaller boxes keep more of them, Paris "
-                          "picked",
+                          "the same stations nearer: boxes shrink with the distance and more "
+                          "stations stay, one picked",
                           KYR::eSM_GLOBE, KYR::PJ_PLATE_CARREE, Gallery::WithEarth({}),
                           [](KYR::Host::eScene& scene, Gallery::SceneKeep& keep)
                           { return BuildStations(scene, keep, 12.0, 47.0, 5.0e6); }});
