@@ -15,10 +15,8 @@ public:
     void BuildMesh()
     {
         InitializeSpherical();
-        delete m_pVertexData;
-        delete m_pIndexData;
-        m_pVertexData = nullptr;
-        m_pIndexData = nullptr;
+        m_pVertexData.Reset();
+        m_pIndexData.Reset();
     }
 };
 
@@ -57,7 +55,6 @@ void BM_GlobeFrame(benchmark::State& state)
     for (auto _ : state)
         scene.RenderFrame(); // ends with glFinish
     scene.Remove(&globe);
-    globe.UnInitialize(&scene.Engine());
     state.SetItemsProcessed(state.iterations());
 }
 

@@ -24,7 +24,6 @@ template <typename T> void CreateRaster(benchmark::State& state, int format)
         shading.Create(nullptr, 0.0, nullptr);
         benchmark::ClobberMemory();
     }
-    shading.UnInitialize(nullptr);
     size_t bytes = (size_t)kSide * kSide * (sizeof(T) + sizeof(float));
     state.SetBytesProcessed((int64_t)state.iterations() * (int64_t)bytes);
 }

@@ -10,12 +10,15 @@
 //   template <> struct CopySubject<eRenderCone>
 //   {
 //       static constexpr bool kSamePixels = true; // false for effects that move each frame
+//       static constexpr bool kDraws = false;     // optional: only for a class that never draws
 //       static void Prepare(KYR::Host::eScene&) {} // camera, scene mode (optional)
 //       static eRenderCone* Make(KYR::Host::eScene&) { ...construct and fill...; }
 //   };
 //   INSTANTIATE_TYPED_TEST_SUITE_P(Cone, CopyIdiom, ::testing::Types<eRenderCone>);
 //
-// Make returns a new object with its data set; the test adds it to the scene itself.
+// Make returns a new object with its data set; the test adds it to the scene itself. What it
+// makes must draw something in the 96 x 96 scene (the first frame is checked against the
+// empty one), so that the survivors' pixels mean something.
 #pragma once
 #include "eScene.h"
 #include <algorithm>
@@ -34,6 +37,16 @@ template <typename S> auto Prepare(KYR::Host::eScene& scene, int) -> decltype(S:
     return S::Prepare(scene);
 }
 template <typename S> void Prepare(KYR::Host::eScene&, long) {}
+
+// Objects draw unless their subject says kDraws = false.
+template <typename S> constexpr auto Draws(int) -> decltype(S::kDraws)
+{
+    return S::kDraws;
+}
+template <typename S> constexpr bool Draws(long)
+{
+    return true;
+}
 
 inline bool SamePixels(std::vector<unsigned char> const& a, std::vector<unsigned char> const& b)
 {
@@ -111,6 +124,11 @@ TYPED_TEST_P(CopyIdiom, CopiesShareAndTheLastHolderFrees)
         holders[0].reset(Subject::Make(*this->m_scene));
         ASSERT_TRUE(holders[0]);
         std::vector<unsigned char> reference = this->DrawAlone(holders[0].get());
+        if (CopyIdiomDetail::Draws<Subject>(0))
+        {
+            ASSERT_TRUE(CopyIdiomDetail::Drawn(reference, this->m_empty))
+                << "what Make() returns draws nothing in the scene";
+        }
 
         holders[1].reset(new TypeParam(*holders[0]));
         holders[2].reset(Subject::Make(*this->m_scene));

@@ -419,6 +419,7 @@ void Content(eRenderLabelPart* label)
 template <typename T> struct PartSubject
 {
     static constexpr bool kSamePixels = true;
+    static constexpr bool kDraws = false;
     static T* Make(Host::eScene& scene)
     {
         T* part = new T();

@@ -2,6 +2,7 @@
 #include "CopyIdiom.h"
 #include "EffectFixture.h"
 #include "eFile.h"
+#include "eMathEngine.h"
 #include "eMesh.h"
 #include "eRenderCone.h"
 #include "eRenderRadarScan.h"
@@ -248,3 +249,20 @@ template <> struct CopySubject<eRenderRadarScan>
 };
 
 INSTANTIATE_TYPED_TEST_SUITE_P(Radar, CopyIdiom, ::testing::Types<eRenderRadarScan>);
+
+// A wide cone lying across the view; its texture flows, so frames differ.
+template <> struct CopySubject<eRenderCone>
+{
+    static constexpr bool kSamePixels = false;
+    static eRenderCone* Make(KYR::Host::eScene&)
+    {
+        auto* cone = new eRenderCone(2.0e6, 4.0e6);
+        cone->SetTextureFile(eSystem::GetWorkPath() + "Resources/Icons/flow.png");
+        double const d = eMathEngine::DEG_TO_RAD, r = eMathEngine::EARTH_RADIUS + 2.0e6;
+        cone->setPosture(eMathEngine::SphericalToCartesian(20.0 * d, 0.0, r),
+                         eMathEngine::SphericalToCartesian(-20.0 * d, 0.0, r));
+        return cone;
+    }
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Cone, CopyIdiom, ::testing::Types<eRenderCone>);

@@ -468,6 +468,7 @@ template <> struct CopySubject<eRenderListCubeSet>
 template <> struct CopySubject<eRenderCubeSet>
 {
     static constexpr bool kSamePixels = true;
+    static constexpr bool kDraws = false; // the bare base holds no prisms
     static eRenderCubeSet* Make(KYR::Host::eScene&)
     {
         auto* set = new eRenderCubeSet();

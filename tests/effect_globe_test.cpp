@@ -1,5 +1,6 @@
 // The globe: its mesh from the elevation picture, the sun matrices, one frame of two
 // passes with its uniforms, the release order, and the lit pixels.
+#include "CopyIdiom.h"
 #include "EffectFixture.h"
 #include "eCamera.h"
 #include "eHardwareBuffer.h"
@@ -374,6 +375,24 @@ TEST_F(EffectTest, GlobeUnInitializeReleasesAllButTheDepthTextureId)
     EXPECT_FALSE(glIsTexture(depth));
 }
 
+TEST_F(EffectTest, GlobeKeptDepthNumberIsNotDeletedAgainOnceReused)
+{
+    auto* g = new ProbeGlobe();
+    m_scene->Add(g);
+    unsigned int depth = g->m_nDepthTexture;
+    ASSERT_NE(depth, 0u);
+    g->UnInitialize(&m_scene->Engine());
+    // Someone else's texture now bears the number (the compatibility profile makes one on
+    // binding an unused name); neither a second UnInitialize nor the destructor may delete it.
+    glBindTexture(GL_TEXTURE_2D, depth);
+    glBindTexture(GL_TEXTURE_2D, 0);
+    ASSERT_TRUE(glIsTexture(depth));
+    g->UnInitialize(&m_scene->Engine());
+    delete g;
+    EXPECT_TRUE(glIsTexture(depth));
+    glDeleteTextures(1, &depth);
+}
+
 TEST_F(EffectTest, GlobeSunSideIsBrightAndShowsTheEarthMap)
 {
     // West half red, east half blue; the sun stands over 90 W, the camera over (0, 0).
@@ -436,3 +455,30 @@ TEST_F(EffectTest, GlobeReliefStandsWhereItsHeightWasRead)
     // About four pixels of relief on a disc of radius near 190.
     EXPECT_GE(h / 2 - top, bottom + 1 - h / 2 + 2);
 }
+
+// The lit globe with a small two-colour map and the depth pass of the sun.
+template <> struct CopySubject<eRenderGlobe>
+{
+    static constexpr bool kSamePixels = true;
+    static void Prepare(Host::eScene& scene)
+    {
+        scene.Engine().SetSunPosition(eVector3T<double>(1.5e11, 0.0, 0.0));
+    }
+    static eRenderGlobe* Make(Host::eScene&)
+    {
+        static std::string const map =
+            WritePicture("globe_copy_map.ppm", 8, 4,
+                         [](int x, int, unsigned char* c)
+                         { c[0] = x < 4 ? 220 : 30, c[1] = 90, c[2] = x < 4 ? 30 : 220; });
+        static std::string const flat =
+            WritePicture("globe_copy_flat.ppm", 4, 2,
+                         [](int, int, unsigned char* c) { c[0] = c[1] = c[2] = 0; });
+        auto* globe = new eRenderGlobe();
+        globe->SetEarthMapPicture(map.c_str());
+        globe->SetEarthElevationPicture(flat.c_str());
+        globe->SetUseTexture(1);
+        return globe;
+    }
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Globe, CopyIdiom, ::testing::Types<eRenderGlobe>);

@@ -1,5 +1,6 @@
 // The globe halo (fade, horizon radius, the ring on screen) and the night light (set-up,
 // decoding, tile walk, night side only); both exist only on the round globe.
+#include "CopyIdiom.h"
 #include "EffectFixture.h"
 #include "eColorTable.h"
 #include "eGlobeModel.h"
@@ -387,3 +388,40 @@ TEST_F(EffectTest, NightLightShowsOnTheNightSideOnly)
     EXPECT_GT(night[1], 240);
     EXPECT_LT(Pixel(72, 48)[1], 3);
 }
+
+// The white glow around the Earth seen from 40,000 km.
+template <> struct CopySubject<eRenderGlobeHalo>
+{
+    static constexpr bool kSamePixels = true;
+    static void Prepare(Host::eScene& scene) { scene.Camera().LookAt(0.0, 0.0, 4.0e7, 0.0, 0.0); }
+    static eRenderGlobeHalo* Make(Host::eScene&)
+    {
+        auto* halo = new eRenderGlobeHalo();
+        halo->SetColor(ERGBA(255, 255, 255, 255));
+        return halo;
+    }
+};
+
+// Lights over the whole night side, coloured through a table the copies share.
+template <> struct CopySubject<eRenderNightLight>
+{
+    static constexpr bool kSamePixels = true;
+    static void Prepare(Host::eScene& scene)
+    {
+        scene.Engine().SetSunPosition(eVector3T<double>(0.0, 1.496e11, 0.0));
+    }
+    static eRenderNightLight* Make(Host::eScene&)
+    {
+        static std::string const path = WritePPM("kyr_night_copy.ppm", 16, 8, 255, 255, 255);
+        eColorTable table;
+        table.CreateGradient(8, ERGBA(0, 0, 0, 255), ERGBA(255, 160, 0, 255));
+        auto* lights = new eRenderNightLight();
+        lights->SetImagePath(path.c_str());
+        lights->SetImageBound(DegreesToMap(-180.0, 90.0, 180.0, -90.0));
+        lights->SetColorTable(&table);
+        return lights;
+    }
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Halo, CopyIdiom, ::testing::Types<eRenderGlobeHalo>);
+INSTANTIATE_TYPED_TEST_SUITE_P(NightLight, CopyIdiom, ::testing::Types<eRenderNightLight>);

@@ -1,5 +1,6 @@
 // Hill shading: normalisation of the raster, the colour ramp, queued raster updates from
 // another thread, the tile walk, the pass, and what reaches the screen.
+#include "CopyIdiom.h"
 #include "EffectFixture.h"
 #include "eMaterial.h"
 #include "eRenderHillShading.h"
@@ -29,7 +30,7 @@ struct Probe : eRenderHillShading
     size_t Pending()
     {
         eMutexGuard guard(m_Mutex);
-        return m_arTextureUpdates.size();
+        return m_arTextureUpdates->size();
     }
 };
 
@@ -267,13 +268,8 @@ protected:
     }
     void TearDown() override
     {
-        if (m_pShading)
-        {
-            m_scene->Remove(m_pShading.get());
-            m_pShading->UnInitialize(&m_scene->Engine());
-        }
+        EffectTest::TearDown(); // the scene uninitialises the shading still in it
         m_pShading.reset();
-        EffectTest::TearDown();
     }
     std::unique_ptr<Probe> m_pShading;
 };
@@ -443,3 +439,89 @@ TEST_F(HillShadingScene, ShadedRasterShowsInsideItsRectangleOnly)
     EXPECT_EQ(out[1], 0);
     EXPECT_EQ(out[2], 0);
 }
+
+TEST_F(HillShadingScene, ThreadQueueingThroughACopyReachesTheTextureTheyShare)
+{
+    Probe* p = AddShading();
+    m_scene->RenderFrame();
+    // The copy shares the texture, the queue and its lock; the scene draws the original.
+    Probe copy(*p);
+    int const kRounds = 10000;
+    std::atomic<bool> done{false};
+    std::atomic<int> frames{0};
+    std::thread loader(
+        [&]()
+        {
+            for (int i = 0; i < kRounds; ++i)
+            {
+                if (i % 500 == 0)
+                    for (int seen = frames; frames == seen && !done;)
+                        std::this_thread::yield();
+                copy.UpdateTexture(0, 0, FloatInfo(1 + i % 7, 1, 0.5f));
+            }
+            copy.UpdateTexture(0, 0, FloatInfo(9, 1, 0.5f));
+            done = true;
+        });
+    while (!done)
+    {
+        m_scene->RenderFrame();
+        ++frames;
+    }
+    loader.join();
+    m_scene->RenderFrame();
+    EXPECT_EQ(copy.Pending(), 0u);
+    EXPECT_EQ(TextureWidth(copy.m_pTexture), 9);
+
+    // Uninitialised, the copy leaves the queue to the original, which still has its texture.
+    copy.UpdateTexture(0, 0, FloatInfo(3, 1, 0.5f));
+    copy.UnInitialize(&m_scene->Engine());
+    EXPECT_EQ(copy.Pending(), 0u);
+    EXPECT_EQ(p->Pending(), 1u);
+    m_scene->RenderFrame();
+    EXPECT_EQ(TextureWidth(p->m_pTexture), 3);
+}
+
+// The shading base draws nothing itself; its copies share the raster grid.
+template <> struct CopySubject<eRenderShading>
+{
+    static constexpr bool kSamePixels = true;
+    static constexpr bool kDraws = false;
+    static eRenderShading* Make(Host::eScene&)
+    {
+        auto* shading = new eRenderShading();
+        eRasterGrid grid;
+        grid.m_dCellX = grid.m_dCellY = 0.5;
+        shading->SetRasterGrid(&grid);
+        return shading;
+    }
+};
+
+// A red raster west of 10 E over the host's terrain tiles.
+template <> struct CopySubject<eRenderHillShading>
+{
+    static constexpr bool kSamePixels = true;
+    static void Prepare(Host::eScene& scene)
+    {
+        scene.Camera().LookAt(10.0, 10.0, 3.0e6, 0.0, 0.0);
+        scene.Camera().SetDimensionMode((eDimensionMode)1);
+    }
+    static eRenderHillShading* Make(Host::eScene&)
+    {
+        std::vector<float> v(16);
+        for (int i = 0; i < 16; ++i)
+            v[(size_t)i] = (float)(i % 4);
+        eRect2D bounds(0.0, 20.0 * kMetresPerDegree, 10.0 * kMetresPerDegree, 0.0);
+        eRasterBlock* block = Block<float>(ePF_FLOAT, v, 0.0, 3.0, bounds);
+        block->m_nWidth = block->m_nHeight = 4;
+        auto* shading = new eRenderHillShading(block);
+        eColorTable red;
+        red.CreateGradient(8, ERGBA(255, 0, 0, 255), ERGBA(255, 0, 0, 255));
+        shading->SetColorTable(&red);
+        // Queued for the first frame, where its unknown format leaves the texture as it is.
+        shading->UpdateTexture(0, 0, FloatInfo(4, 4, 1.0f, 99));
+        return shading;
+    }
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Shading, CopyIdiom, ::testing::Types<eRenderShading>);
+INSTANTIATE_TYPED_TEST_SUITE_P(HillShading, CopyIdiom, ::testing::Types<eRenderHillShading>);

@@ -1,7 +1,9 @@
 // One frame of a mesh object as the host sees it, its life cycle, and the double split.
+#include "CopyIdiom.h"
 #include "EffectFixture.h"
 #include "eFile.h"
 #include "eMaterial.h"
+#include "eMathEngine.h"
 #include "eMesh.h"
 #include "eProgram.h"
 #include "eProgramLibrary.h"
@@ -311,5 +313,55 @@ TEST_F(EffectTest, CopiesShareWhatTheyCopyAndFreeOnlyWhatTheyAdd)
     ASSERT_EQ(draws.size(), 1u);
     EXPECT_EQ(draws[0].count, 3);
     m_scene->Remove(original);
-    delete original; // frees each shared thing once; the assigned copy frees nothing
+    delete original; // the assigned copy still holds what they shared, and frees it last
 }
+
+namespace
+{
+
+// A triangle above the Earth facing the camera over (0, 0), in world coordinates.
+eMesh* FacingTriangle()
+{
+    eMesh* mesh = new eMesh();
+    mesh->SetOperationType(eOT_TRIANGLE_LIST);
+    eVertexData* vd = mesh->GetVertexData();
+    vd->AddElement(eVET_FLOAT, eVEC_3, eAI_POSITION, 0);
+    vd->AddElement(eVET_FLOAT, eVEC_3, eAI_ATTRIB1, 0);
+    double const d = eMathEngine::DEG_TO_RAD;
+    for (auto lonLat : {std::make_pair(-20.0, -15.0), {20.0, -15.0}, {0.0, 20.0}})
+    {
+        eVector3T<double> p = eMathEngine::SphericalToCartesian(lonLat.first * d, lonLat.second * d,
+                                                                eMathEngine::EARTH_RADIUS + 1e6);
+        float v[6] = {(float)p.x, (float)p.y, (float)p.z, 1.0f, 0.0f, 0.0f};
+        vd->AddVertex(v, 1);
+    }
+    for (unsigned short i : {0, 1, 2})
+        mesh->GetIndexData()->AddIndex(i);
+    return mesh;
+}
+
+// The application's own state for the draw: the program's colour.
+void Orange(void*)
+{
+    eRenderProgram* rp = Host::eProgramLibrary::Get().Find("Color");
+    float orange[4] = {1.0f, 0.5f, 0.0f, 1.0f};
+    rp->GetProgram()->UniformVector4(rp->GetUniform()->m_nColor, orange);
+}
+
+} // namespace
+
+template <> struct CopySubject<eRenderObject>
+{
+    static constexpr bool kSamePixels = true;
+    static eRenderObject* Make(Host::eScene&)
+    {
+        auto* object = new eRenderObject();
+        object->SetMaterial(ColorMaterial());
+        object->AddMesh(FacingTriangle());
+        object->SetTextureFile(eSystem::GetWorkPath() + "Resources/Icons/wind.png");
+        object->connectCallbackRender(nullptr, Orange);
+        return object;
+    }
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(RenderObject, CopyIdiom, ::testing::Types<eRenderObject>);

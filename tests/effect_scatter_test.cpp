@@ -1,5 +1,6 @@
 // Scatter point set: slot pool, records in the vertex buffer, picking, the category
 // visibility picture, and what reaches the screen.
+#include "CopyIdiom.h"
 #include "EffectFixture.h"
 #include "eHardwareBuffer.h"
 #include "eMathEngine.h"
@@ -389,3 +390,25 @@ TEST_F(EffectTest, ScatterHiddenCategoryVanishesAndSelectionIsHighlighted)
     EXPECT_GT(h[2], 230) << "white centre of the highlight icon";
     m_scene->Remove(&set);
 }
+
+// Three icons, one category hidden and one point selected: both buffers, both textures and
+// the staging picture are in use.
+template <> struct CopySubject<eRenderScatterPointSet>
+{
+    static constexpr bool kSamePixels = true;
+    static void Prepare(Host::eScene& scene) { scene.Camera().LookAt(0.0, 0.0, 5.0e6, 0.0, 0.0); }
+    static eRenderScatterPointSet* Make(Host::eScene&)
+    {
+        auto* set = new eRenderScatterPointSet();
+        set->SetPoolSize(64);
+        set->SetScatterPointSize(5.0e5);
+        eScatterPoint points[] = {Pt(1, -5, 0), Pt(9, 5, 0), Pt(3, 0, 5)};
+        for (eScatterPoint& p : points)
+            set->AddScatterPoint(p);
+        set->SetScatterVisible(3, false);
+        set->SetScatterPointIsChoice(0, true);
+        return set;
+    }
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Scatter, CopyIdiom, ::testing::Types<eRenderScatterPointSet>);

@@ -1,12 +1,15 @@
 // Tile objects: rasters on consecutive units over application tile rectangles, the shared
 // mask, the gradation hand-over between threads, and the pixels of the grey-colour program.
 #include "eTilePatch.h"
+#include "CopyIdiom.h"
 #include "EffectFixture.h"
 #include "eFile.h"
 #include "eGradationStrategy.h"
 #include "eMaterial.h"
 #include "eMathEngine.h"
 #include "eMesh.h"
+#include "eProgram.h"
+#include "eProgramLibrary.h"
 #include "eRenderGrayColorGradationObject.h"
 #include "eRenderGrayTerrainObject.h"
 #include "eRenderGrayTerrianGradationObject.h"
@@ -296,7 +299,8 @@ TEST_F(TileTest, GradationTakesTexturesFromAProducerThread)
         for (eTexture* t : {strategy->m_pTexture1, strategy->m_pTexture2})
             if (t)
                 view.push_back(t);
-        ASSERT_EQ(fade->m_arTextures, view);
+        ASSERT_EQ(std::vector<eTexture*>(fade->m_arTextures.begin(), fade->m_arTextures.end()),
+                  view);
     }
     producer.join();
     m_scene->RenderFrame(); // takes the last hand-over
@@ -381,3 +385,196 @@ TEST_F(TileTest, RasterShowsInTableColoursInsideTheVisibleRange)
         EXPECT_EQ(pixelAt(lon, 0.0), (std::vector<unsigned char>{0, 0, 0, 255}));
     EXPECT_EQ(pixelAt(-10.0, 20.0), (std::vector<unsigned char>{0, 0, 0, 255})); // no tile there
 }
+
+TEST_F(TileTest, ThreadCopiesOfAGradationObjectShareTheStrategyLockAndTextures)
+{
+    m_scene.reset(new Host::eScene(16, 16)); // ten thousand frames: keep them small
+    m_scene->Camera().LookAt(0.0, 0.0, 2.0e7, 0.0, 0.0);
+    using G = Probe<eRenderGrayColorGradationObject>;
+    auto* fade = Make<G>("GrayColorTile");
+    auto* strategy = new eGradationStrategy();
+    fade->SetGradationStrategy(strategy);
+    fade->AddTileBound(eRect2D(-10, 10, 10, -10));
+    // Both copies are drawn; the producer hands over through the copy's lock.
+    auto* copy = new G(*fade);
+    m_objects.emplace_back(copy);
+    m_scene->Add(fade);
+    m_scene->Add(copy);
+
+    int const kRounds = 10000;
+    std::atomic<bool> done(false);
+    std::thread producer(
+        [&]
+        {
+            for (int i = 0; i < kRounds; ++i)
+            {
+                eTexture* t = new Counted((float)i);
+                for (bool handed = false; !handed; std::this_thread::yield())
+                {
+                    eMutexGuard lock(copy->GetMutex());
+                    if (strategy->m_pPendingTexture1 || strategy->m_pPendingTexture2)
+                        continue;
+                    if (i % 2 == 0)
+                        strategy->SetTexture1(t, ePF_FLOAT);
+                    else
+                        strategy->SetTexture2(t);
+                    handed = true;
+                }
+            }
+            done = true;
+        });
+    while (!done)
+        m_scene->RenderFrame();
+    producer.join();
+    m_scene->RenderFrame();
+    // Every raster but the pair in use was retired once, whichever copy took it.
+    ASSERT_EQ(fade->m_arTextures.size(), 2u);
+    EXPECT_EQ(std::vector<eTexture*>(copy->m_arTextures.begin(), copy->m_arTextures.end()),
+              std::vector<eTexture*>(fade->m_arTextures.begin(), fade->m_arTextures.end()));
+    EXPECT_EQ(Counted::s_alive,
+              (std::set<eTexture*>(fade->m_arTextures.begin(), fade->m_arTextures.end())));
+    m_scene->Remove(fade);
+    m_objects.erase(m_objects.begin()); // the original goes first; the copy keeps the pair
+    EXPECT_EQ(Counted::s_alive.size(), 2u);
+    m_scene->RenderFrame();
+    m_objects.clear();
+    EXPECT_TRUE(Counted::s_alive.empty());
+}
+
+namespace
+{
+
+// A tile object as an application sets it up: the patch, a material naming the program, one
+// tile over the view's centre and a 4 x 2 byte raster.
+template <typename T> T* TileSubject(char const* program)
+{
+    T* object = new T();
+    object->AddMesh(Host::MakeTilePatch(8));
+    object->SetMaterial(Material(program));
+    unsigned char raster[8] = {40, 90, 140, 190, 240, 190, 140, 90};
+    object->AddTexture(raster, 4, 2, ePF_UBYTE);
+    object->SetTextureBound(eRect2D(-30, 20, 30, -20), 1.0);
+    object->AddTileBound(eRect2D(-30, 20, 30, -20));
+    object->SetMaskTexture(Icon("flow.png"));
+    return object;
+}
+
+// A strategy with two byte rasters waiting for the first frame.
+eGradationStrategy* TwoRasters()
+{
+    unsigned char a[4] = {30, 90, 150, 210}, b[4] = {210, 150, 90, 30};
+    auto* strategy = new eGradationStrategy();
+    strategy->SetTimeStride(4);
+    strategy->SetCurrentTime(1);
+    strategy->SetTexture1(eTextureOperator::GetSingleton().CreateTexture(
+                              a, 2, 2, ePF_UBYTE, eTWM_CLAMP_TO_EDGE, eTFM_LINEAR),
+                          ePF_UBYTE);
+    strategy->SetTexture2(eTextureOperator::GetSingleton().CreateTexture(
+        b, 2, 2, ePF_UBYTE, eTWM_CLAMP_TO_EDGE, eTFM_LINEAR));
+    return strategy;
+}
+
+// The blend object draws its meshes as they are and sends only the family's uniforms: the
+// application places the patch and sets the rest of the program's state itself.
+void PlacePatch(void*)
+{
+    eRenderProgram* rp = Host::eProgramLibrary::Get().Find("GrayColorTile");
+    eProgram* p = rp->GetProgram();
+    int const* role = rp->GetUniform()->m_nCustom;
+    float rect[4] = {-30.0f, 20.0f, 60.0f, 40.0f};
+    p->Uniform1i(role[4], 0);          // globe
+    p->Uniform1f(role[5], 100.0f);     // relative height
+    p->UniformVector4(role[6], rect);  // texture rectangle
+    p->Uniform1f(role[7], 1.0f);       // texture scale
+    p->Uniform1i(role[8], 0);          // flat
+    p->UniformVector4(role[11], rect); // tile rectangle
+    p->Uniform1f(role[12], 0.0f);      // visible from
+    p->Uniform1f(role[13], 255.0f);    // visible to
+    p->Uniform1i(role[14], 0);
+    p->Uniform1f(role[15], 0.0f); // no colour table: grey
+}
+
+} // namespace
+
+template <> struct CopySubject<eRenderTextureBlendObject>
+{
+    static constexpr bool kSamePixels = true;
+    static eRenderTextureBlendObject* Make(Host::eScene&)
+    {
+        auto* object = new eRenderTextureBlendObject();
+        object->AddMesh(Host::MakeTilePatch(8));
+        object->SetMaterial(Material("GrayColorTile"));
+        unsigned char raster[4] = {60, 120, 180, 240};
+        object->AddTexture(raster, 2, 2, ePF_UBYTE);
+        object->SetMaskTexture(Icon("flow.png"));
+        object->connectCallbackRender(nullptr, PlacePatch);
+        return object;
+    }
+};
+
+template <> struct CopySubject<eRenderTileObject>
+{
+    static constexpr bool kSamePixels = true;
+    static eRenderTileObject* Make(Host::eScene&)
+    {
+        // The relief program: the plain tile object sends no value range to show.
+        return TileSubject<eRenderTileObject>("GrayTerrainTile");
+    }
+};
+
+template <> struct CopySubject<eRenderGrayColorObject>
+{
+    static constexpr bool kSamePixels = true;
+    static eRenderGrayColorObject* Make(Host::eScene&)
+    {
+        auto* grey = TileSubject<eRenderGrayColorObject>("GrayColorTile");
+        grey->SetColorTable(Icon("colortable1.png"), eTFM_LINEAR);
+        grey->SetStartVisibleValue(0.0);
+        grey->SetEndVisibleValue(255.0);
+        return grey;
+    }
+};
+
+template <> struct CopySubject<eRenderGrayTerrainObject>
+{
+    static constexpr bool kSamePixels = true;
+    static eRenderGrayTerrainObject* Make(Host::eScene&)
+    {
+        return TileSubject<eRenderGrayTerrainObject>("GrayTerrainTile");
+    }
+};
+
+template <> struct CopySubject<eRenderGrayColorGradationObject>
+{
+    static constexpr bool kSamePixels = true;
+    static eRenderGrayColorGradationObject* Make(Host::eScene&)
+    {
+        auto* fade = TileSubject<eRenderGrayColorGradationObject>("GrayColorTile");
+        fade->SetColorTable(Icon("colortable1.png"), eTFM_LINEAR);
+        fade->SetStartVisibleValue(0.0);
+        fade->SetEndVisibleValue(255.0);
+        fade->SetGradationStrategy(TwoRasters());
+        return fade;
+    }
+};
+
+template <> struct CopySubject<eRenderGrayTerrianGradationObject>
+{
+    static constexpr bool kSamePixels = true;
+    static eRenderGrayTerrianGradationObject* Make(Host::eScene&)
+    {
+        auto* fade = TileSubject<eRenderGrayTerrianGradationObject>("GrayTerrainTile");
+        fade->SetGradationStrategy(TwoRasters());
+        return fade;
+    }
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(TextureBlend, CopyIdiom,
+                               ::testing::Types<eRenderTextureBlendObject>);
+INSTANTIATE_TYPED_TEST_SUITE_P(TileObject, CopyIdiom, ::testing::Types<eRenderTileObject>);
+INSTANTIATE_TYPED_TEST_SUITE_P(GrayColor, CopyIdiom, ::testing::Types<eRenderGrayColorObject>);
+INSTANTIATE_TYPED_TEST_SUITE_P(GrayTerrain, CopyIdiom, ::testing::Types<eRenderGrayTerrainObject>);
+INSTANTIATE_TYPED_TEST_SUITE_P(GrayColorGradation, CopyIdiom,
+                               ::testing::Types<eRenderGrayColorGradationObject>);
+INSTANTIATE_TYPED_TEST_SUITE_P(GrayTerrainGradation, CopyIdiom,
+                               ::testing::Types<eRenderGrayTerrianGradationObject>);

@@ -1,5 +1,6 @@
 // Point trace sets: the sliding window, the ring of slots, the uploads into each slot's
 // range, the anchored conversions and what reaches the screen.
+#include "CopyIdiom.h"
 #include "EffectFixture.h"
 #include "eFile.h"
 #include "eHardwareBuffer.h"
@@ -379,3 +380,42 @@ TEST_F(TraceSetTest, CopiesShareTheTechniqueAndTheLastOneFreesIt)
     EXPECT_EQ(Of(records, eRecord::Queue).size(), 1u);
     EXPECT_FALSE(Draws(records).empty());
 }
+
+template <> struct CopySubject<eRenderTraceSet>
+{
+    static constexpr bool kSamePixels = true; // draws nothing of its own
+    static constexpr bool kDraws = false; // draws nothing of its own
+    static eRenderTraceSet* Make(KYR::Host::eScene&)
+    {
+        auto* set = new eRenderTraceSet();
+        set->SetSpatialRefType(1);
+        return set;
+    }
+};
+
+template <> struct CopySubject<eRenderPointTraceSet>
+{
+    static constexpr bool kSamePixels = true; // the clock stands still
+    static eRenderPointTraceSet* Make(KYR::Host::eScene&)
+    {
+        auto* set = new eRenderPointTraceSet();
+        set->SetPoolSize(4);
+        set->SetTraceSize(32);
+        set->SetTraceTime(1500.0f);
+        set->SetSpeedPerFrame(0.0f);
+        set->SetPointSize(8.0f);
+        eVector3T<double> anchor(0.0, 0.0, 0.0);
+        set->SetSpatialRefType(1);
+        set->SetPosition(anchor);
+        set->SetCurTime(2000.0f);
+        for (int k = 0; k < 3; ++k)
+        {
+            ePointTrace trace = Track(30, -30.0, 2.0, 0.0, 100.0, -20.0 + 20.0 * k);
+            set->AddPointTrace(&trace); // uploaded by Initialize
+        }
+        return set;
+    }
+};
+
+using TraceSets = ::testing::Types<eRenderTraceSet, eRenderPointTraceSet>;
+INSTANTIATE_TYPED_TEST_SUITE_P(TraceSets, CopyIdiom, TraceSets);

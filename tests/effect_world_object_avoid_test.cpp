@@ -228,6 +228,7 @@ TEST_F(EffectTest, AvoidanceOverManyStationsShowsEachOneNoEarlierShownOneMeets)
 template <> struct CopySubject<eRenderWorldObjectAvoid>
 {
     static constexpr bool kSamePixels = true;
+    static constexpr bool kDraws = false; // it only hides stations that world objects draw
     static eRenderWorldObjectAvoid* Make(Host::eScene&)
     {
         auto* avoid = new eRenderWorldObjectAvoid();

@@ -1,5 +1,6 @@
 // Station symbols: the scale that follows the camera, the frame's uniforms and colour
 // table, the append meshes of flags, and objects hidden through them.
+#include "CopyIdiom.h"
 #include "EffectFixture.h"
 #include "eFile.h"
 #include "eHardwareBuffer.h"
@@ -301,3 +302,21 @@ TEST_F(EffectTest, HiddenStationDisappearsWhileItsNeighboursStay)
     EXPECT_GT(p[0], 100);
     EXPECT_GT(p[1], 200);
 }
+
+// Three stations with the middle one hidden through the append mesh, coloured from the table.
+template <> struct CopySubject<eRenderWorldObject>
+{
+    static constexpr bool kSamePixels = true;
+    static void Prepare(Host::eScene& scene) { scene.Camera().LookAt(10.0, 20.0, 2.0e6, 0.0, 0.0); }
+    static eRenderWorldObject* Make(Host::eScene&)
+    {
+        auto* object = new eRenderWorldObject();
+        object->AddMesh(Squares({{8.0, 20.0}, {10.0, 20.0}, {12.0, 20.0}}, 20.0f, 0));
+        object->SetColorTable((eSystem::GetWorkPath() + "Resources/Icons/colortable1.png").Cstr());
+        object->SetColorType(eCT_COLOR_TABLE);
+        object->UpdateAppendMesh({AvoidBound(), Bound(0, 0), AvoidBound()});
+        return object;
+    }
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(WorldObject, CopyIdiom, ::testing::Types<eRenderWorldObject>);

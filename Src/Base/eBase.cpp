@@ -1,53 +1,30 @@
 #include "eBase.h"
 #include "eString.h"
-#include "../Host/eAssertLog.h"
-#include "../Host/eRecorder.h"
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstdio>
-#include <deque>
-#include <mutex>
 
 namespace KYR
 {
 
 namespace
 {
-
-size_t const kMaxReports = 256;
-
-std::mutex& ReportMutex()
-{
-    static std::mutex s_mutex;
-    return s_mutex;
-}
-
-std::deque<Host::eAssertReport>& Reports()
-{
-    static std::deque<Host::eAssertReport> s_reports;
-    return s_reports;
-}
-
+std::atomic<eAssertHandler> s_assertHandler{nullptr};
 } // namespace
+
+eAssertHandler SetAssertHandler(eAssertHandler handler)
+{
+    return s_assertHandler.exchange(handler);
+}
 
 void Eassert(char const* expression, char const* file, unsigned int line)
 {
     char const* expr = expression ? expression : "(null)";
     char const* where = file ? file : "(null)";
-    std::lock_guard<std::mutex> lock(ReportMutex());
     std::fprintf(stderr, "Eassert: %s (%s:%u)\n", expr, where, line);
-    std::deque<Host::eAssertReport>& reports = Reports();
-    reports.push_back(Host::eAssertReport{expr, where, line});
-    while (reports.size() > kMaxReports)
-        reports.pop_front();
-
-    // The recorder itself has no lock; the report lock keeps concurrent asserts apart.
-    Host::eRecord r;
-    r.kind = Host::eRecord::Assert;
-    r.op = expr;
-    r.uniform = where;
-    r.first = line;
-    Host::eRecorder::Get().Add(r);
+    if (eAssertHandler handler = s_assertHandler.load())
+        handler(expr, where, line);
 }
 
 unsigned char Eequal(double a, double b)
@@ -89,20 +66,4 @@ void eString::Format(char const* fmt, ...)
     va_end(again);
 }
 
-namespace Host
-{
-
-std::vector<eAssertReport> GetAssertReports()
-{
-    std::lock_guard<std::mutex> lock(ReportMutex());
-    return std::vector<eAssertReport>(Reports().begin(), Reports().end());
-}
-
-void ClearAssertReports()
-{
-    std::lock_guard<std::mutex> lock(ReportMutex());
-    Reports().clear();
-}
-
-} // namespace Host
 } // namespace KYR

@@ -1,4 +1,5 @@
 #include "eFile.h"
+#include "eDataPaths.h"
 #include "eTexture.h"
 
 #include <cerrno>
@@ -148,7 +149,7 @@ std::string WithSlash(std::string path)
 eString eSystem::GetWorkPath()
 {
     // The application's own choice (e.g. the gallery's --work-path) comes first, then
-    // the environment, then the build's work folder.
+    // the environment, then the work folder beside the host library (eDataPaths.h).
     {
         std::lock_guard<std::mutex> lock(s_workPathMutex);
         if (!s_strWorkPath.empty())
@@ -157,11 +158,7 @@ eString eSystem::GetWorkPath()
     char const* env = std::getenv("KYR_WORK_PATH");
     if (env && *env)
         return eString(WithSlash(env));
-#ifdef KYR_DEFAULT_WORK_DIR
-    return eString(WithSlash(KYR_DEFAULT_WORK_DIR));
-#else
-    return eString("./");
-#endif
+    return eString(Host::DefaultWorkPath());
 }
 
 void eSystem::SetWorkPath(eString const& path)

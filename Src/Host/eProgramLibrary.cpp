@@ -1,5 +1,6 @@
 #include "eProgramLibrary.h"
 
+#include "eDataPaths.h"
 #include "eGLContext.h"
 #include "eProgram.h"
 
@@ -10,10 +11,6 @@
 #include <fstream>
 #include <sstream>
 #include <vector>
-
-#ifndef KYR_SHADER_DIR
-#define KYR_SHADER_DIR "Shaders"
-#endif
 
 namespace KYR
 {
@@ -176,7 +173,7 @@ eProgramLibrary& eProgramLibrary::Get()
 eProgramLibrary::eProgramLibrary()
 {
     char const* env = std::getenv("KYR_SHADER_PATH");
-    m_strPath = (env && *env) ? env : KYR_SHADER_DIR;
+    m_strPath = (env && *env) ? std::string(env) : DefaultShaderPath();
 }
 
 eProgramLibrary::~eProgramLibrary() {}

@@ -25,8 +25,8 @@ public:
     // it does not compile or link (reported once on stderr; the failure is remembered).
     eRenderProgram* Find(eString const& name);
 
-    // Folder of the shader files. The default is $KYR_SHADER_PATH, else the build's
-    // Shaders folder. Programs already built stay until Clear().
+    // Folder of the shader files. The default is $KYR_SHADER_PATH, else the Shaders folder
+    // beside the host library (build tree) or in its install prefix (eDataPaths.h). Programs already built stay until Clear().
     void SetShaderPath(std::string const& path);
     std::string const& GetShaderPath() const { return m_strPath; }
 

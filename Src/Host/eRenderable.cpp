@@ -1,10 +1,15 @@
 #include "eRenderable.h"
+#include "eScene.h"
 
 namespace KYR
 {
 
 eRenderable::eRenderable() : m_bVisible(1), m_nRenderQueueId(5), m_nID(0) {}
-eRenderable::~eRenderable() {}
+// An effect that dies while a scene still holds it leaves the scene.
+eRenderable::~eRenderable()
+{
+    Host::eScene::Forget(this);
+}
 
 eRenderable::Type eRenderable::GetType() { return eRT_HOST_DEFAULT; }
 unsigned char eRenderable::Initialize(eRenderEngine*) { return 1; }

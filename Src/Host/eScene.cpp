@@ -4,11 +4,31 @@
 #include "eRenderQueueVisitor.h"
 #include <epoxy/gl.h>
 #include <algorithm>
+#include <mutex>
 
 namespace KYR
 {
 namespace Host
 {
+
+namespace
+{
+
+// The scenes alive, so that an effect destroyed while in one can leave it. Never destroyed:
+// effects with static storage may die after every other static.
+std::mutex& ScenesMutex()
+{
+    static std::mutex* s_mutex = new std::mutex();
+    return *s_mutex;
+}
+
+std::vector<eScene*>& Scenes()
+{
+    static std::vector<eScene*>* s_scenes = new std::vector<eScene*>();
+    return *s_scenes;
+}
+
+} // namespace
 
 eScene::eScene(int width, int height, eSceneMode mode, int projectionType)
     : m_nWidth(width), m_nHeight(height), m_Canvas(&m_CoordSys), m_Camera(&m_Viewport)
@@ -22,19 +42,34 @@ eScene::eScene(int width, int height, eSceneMode mode, int projectionType)
     m_Engine.SetGlobeModel(&m_GlobeModel);
     m_Engine.GetTextureBuffer()->SetSize(width, height);
     m_bReady = eGLContext::Get().Ensure(width, height);
+    std::lock_guard<std::mutex> lock(ScenesMutex());
+    Scenes().push_back(this);
 }
 
 eScene::~eScene()
 {
-    if (m_bReady)
-        m_Engine.ReleaseResources();
+    std::vector<eRenderable*> left;
+    {
+        std::lock_guard<std::mutex> lock(ScenesMutex());
+        std::vector<eScene*>& scenes = Scenes();
+        scenes.erase(std::remove(scenes.begin(), scenes.end(), this), scenes.end());
+        left.swap(m_arEffects);
+    }
+    if (!m_bReady)
+        return;
+    for (eRenderable* effect : left)
+        effect->UnInitialize(&m_Engine);
+    m_Engine.ReleaseResources();
 }
 
 void eScene::Add(eRenderable* effect)
 {
     if (!effect)
         return;
-    m_arEffects.push_back(effect);
+    {
+        std::lock_guard<std::mutex> lock(ScenesMutex());
+        m_arEffects.push_back(effect);
+    }
     effect->Create(&m_Camera, 0.0, &m_Canvas);
     if (m_bReady)
         effect->Initialize(&m_Engine);
@@ -42,8 +77,33 @@ void eScene::Add(eRenderable* effect)
 
 void eScene::Remove(eRenderable* effect)
 {
+    std::lock_guard<std::mutex> lock(ScenesMutex());
     m_arEffects.erase(std::remove(m_arEffects.begin(), m_arEffects.end(), effect),
                       m_arEffects.end());
+}
+
+void eScene::Forget(eRenderable* effect)
+{
+    std::lock_guard<std::mutex> lock(ScenesMutex());
+    for (eScene* scene : Scenes())
+        scene->m_arEffects.erase(
+            std::remove(scene->m_arEffects.begin(), scene->m_arEffects.end(), effect),
+            scene->m_arEffects.end());
+}
+
+void eScene::Pick(int px, int py, bool keep)
+{
+    if (!m_bReady)
+        return;
+    eGLContext::Get().Ensure(m_nWidth, m_nHeight); // effects read their buffers back
+    eQueryFilter filter;
+    m_Camera.PickingRay(px, py, filter.m_vOrigin, filter.m_vDirection);
+    filter.m_bKeep = keep ? 1 : 0;
+    for (eRenderable* effect : m_arEffects)
+    {
+        double depth = 0.0;
+        effect->Query(&m_Engine, &m_Camera, &filter, depth);
+    }
 }
 
 void eScene::SetClearColor(float r, float g, float b, float a)
@@ -55,9 +115,10 @@ void eScene::SetClearColor(float r, float g, float b, float a)
 }
 
 // The engine hands every program it makes current the camera's view and projection
-// (u_viewMatrix, u_projectionMatrix) and the sun (u_sunPosition); effects that send their
-// own overwrite them. Set straight through OpenGL, so the call recorder sees only what the
-// effects send.
+// (u_viewMatrix, u_projectionMatrix), the sun (u_sunPosition), and the frame's size in pixels,
+// the resolution at the look-at point and the scene mode (u_viewportSize,
+// u_renderResolution, u_sceneMode); effects that send their own overwrite them. Set straight
+// through OpenGL, so the call recorder sees only what the effects send.
 void eScene::ApplyCameraMatrices()
 {
     GLint program = 0;
@@ -77,6 +138,16 @@ void eScene::ApplyCameraMatrices()
         eVector3T<double> const& s = m_Engine.GetSunPosition();
         glUniform3f(sun, (float)s.x, (float)s.y, (float)s.z);
     }
+    // For programs that measure in pixels on the screen.
+    GLint viewport = glGetUniformLocation((GLuint)program, "u_viewportSize");
+    if (viewport >= 0)
+        glUniform2f(viewport, (float)m_nWidth, (float)m_nHeight);
+    GLint resolution = glGetUniformLocation((GLuint)program, "u_renderResolution");
+    if (resolution >= 0)
+        glUniform1f(resolution, (float)m_Engine.GetRenderResolution(1));
+    GLint mode = glGetUniformLocation((GLuint)program, "u_sceneMode");
+    if (mode >= 0)
+        glUniform1f(mode, (float)m_Camera.GetSceneMode());
 }
 
 void eScene::DrawEntry(eRenderQueueEntry const& entry)
@@ -149,9 +220,15 @@ void eScene::RenderFrame()
     m_Engine.AdvanceFrame();
 }
 
-std::vector<unsigned char> eScene::ReadPixels() const { return eGLContext::Get().ReadPixels(); }
+std::vector<unsigned char> eScene::ReadPixels() const
+{
+    return eGLContext::Get().ReadPixels();
+}
 
-bool eScene::SavePNG(std::string const& path) const { return eGLContext::Get().SavePNG(path); }
+bool eScene::SavePNG(std::string const& path) const
+{
+    return eGLContext::Get().SavePNG(path);
+}
 
 } // namespace Host
 } // namespace KYR

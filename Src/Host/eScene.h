@@ -1,6 +1,11 @@
 // A scene of the reference host: the engine, camera, coordinate system, queue and
 // render system, and the effects added to it. One RenderFrame draws every effect
 // into the host's frame buffer the way the engine does it.
+//
+// Teardown is the scene's: when it is destroyed it calls UnInitialize on every effect still
+// in it, with the context current, before it releases the engine's resources, so whoever
+// made an effect only deletes it (after the scene, or before: an effect destroyed while in
+// a scene leaves it by itself and is not touched again).
 #pragma once
 #include "eCamera.h"
 #include "eCoordSys.h"
@@ -22,6 +27,7 @@ class eScene
 public:
     // Creates the GL context (once per process) at the given size.
     eScene(int width, int height, eSceneMode mode = eSM_GLOBE, int projectionType = PJ_PLATE_CARREE);
+    // Uninitialises the effects still in the scene, then releases the engine's resources.
     ~eScene();
     eScene(eScene const&) = delete;
     eScene& operator=(eScene const&) = delete;
@@ -38,8 +44,18 @@ public:
 
     // Adds an effect (not owned): Create with camera and canvas, then Initialize.
     void Add(eRenderable* effect);
+    // Takes the effect out without uninitialising it.
     void Remove(eRenderable* effect);
+    // Takes a dying effect out of every scene (called by eRenderable's destructor).
+    static void Forget(eRenderable* effect);
     void SetClearColor(float r, float g, float b, float a);
+    // The effects added, in the order they were added.
+    std::vector<eRenderable*> const& Effects() const { return m_arEffects; }
+
+    // A click at mouse pixel (px, py), y counted from the top row: the ray through it goes to
+    // every effect's Query, which selects what it hits and reports it to its own callback.
+    // `keep` keeps the selections of earlier clicks.
+    void Pick(int px, int py, bool keep);
 
     // One frame: queue every effect, draw the groups in rising number.
     void RenderFrame();

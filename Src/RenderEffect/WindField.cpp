@@ -5,8 +5,8 @@ namespace KYR
 {
 
 WindField::WindField()
-    : bounds(-180.0, 90.0, 180.0, -90.0), maxSpeed(0.0), columns(nullptr), nx(0), ny(0), dx(1.0),
-      dy(1.0), left(0.0), top(0.0), right(0.0), bottom(0.0), m_nBuiltColumns(0), m_nBuiltRows(0)
+    : bounds(-180.0, 90.0, 180.0, -90.0), maxSpeed(0.0), nx(0), ny(0), dx(1.0), dy(1.0), left(0.0),
+      top(0.0), right(0.0), bottom(0.0), m_nBuiltColumns(0), m_nBuiltRows(0)
 {
 }
 
@@ -17,13 +17,7 @@ WindField::~WindField()
 
 void WindField::Clear()
 {
-    if (columns)
-    {
-        for (int i = 0; i < m_nBuiltColumns; ++i)
-            delete[] columns[i];
-        delete[] columns;
-    }
-    columns = nullptr;
+    columns.Reset();
     m_nBuiltColumns = 0;
     m_nBuiltRows = 0;
 }
@@ -41,7 +35,14 @@ bool WindField::Build()
     }
     bounds = eRect2D(left, top, right, bottom);
     int const cols = nx > 0 ? nx : 0, rows = ny > 0 ? ny : 0;
-    columns = new ePoint2D*[cols > 0 ? cols : 1];
+    // The last holder frees each column, then the array of them.
+    columns.Reset(new ePoint2D*[cols > 0 ? cols : 1](),
+                  [cols](ePoint2D** grid)
+                  {
+                      for (int i = 0; i < cols; ++i)
+                          delete[] grid[i];
+                      delete[] grid;
+                  });
     m_nBuiltColumns = cols;
     m_nBuiltRows = rows;
     size_t const count = source.size();

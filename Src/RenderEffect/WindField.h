@@ -4,6 +4,7 @@
 #pragma once
 #include "ePoint.h"
 #include "eRect.h"
+#include "eShared.h"
 #include <vector>
 
 namespace KYR
@@ -12,7 +13,7 @@ namespace KYR
 struct WindField
 {
     WindField();
-    // Frees the grid. Copies share the columns, so only one of them may be destroyed.
+    // Lets go of the grid. Copies share the columns; the last holder frees them.
     ~WindField();
     WindField(WindField const&) = default;
     WindField& operator=(WindField const&) = default;
@@ -22,12 +23,12 @@ struct WindField
     // Bilinear wind at (x, y) in the coordinates of `bounds`; (0, 0) outside the grid and on
     // its bottom row.
     ePoint2D Sample(double x, double y) const;
-    // Frees the columns; nx, ny and maxSpeed stay.
+    // Lets go of the columns (freed unless a copy still holds them); nx, ny and maxSpeed stay.
     void Clear();
 
     eRect2D bounds;
     double maxSpeed;
-    ePoint2D** columns; // columns[i][j]: column i, row j, row 0 at the bottom
+    eShared<ePoint2D*[]> columns; // columns[i][j]: column i, row j, row 0 at the bottom
     int nx;
     int ny;
     double dx;

@@ -11,6 +11,8 @@
 #include "eProgram.h"
 #include "eRenderEngine.h"
 #include "eTexture.h"
+#include <atomic>
+#include <climits>
 #include <cstring>
 #include <epoxy/gl.h>
 
@@ -19,9 +21,10 @@ namespace KYR
 
 namespace
 {
-double const kDegToRad = 0.017453292519943295;
-double const kEarthRadius = 6378137.0;
-double const kEarthCircumference = 40075016.68557849;
+double const kDegToRad = eMathEngine::DEG_TO_RAD;
+double const kEarthRadius = eMathEngine::EARTH_RADIUS;
+double const kEarthCircumference = eMathEngine::EARTH_CIRCUMFERENCE;
+GLuint const kTrackStorageBinding = 0; // storage block of the programs' following positions
 
 // The inverse of the last local frame asked for. A set converts many positions against
 // one frame, so the inverse is computed once and reused while the frame stays the same.
@@ -113,6 +116,24 @@ eVector4T<float> eDataSetFrame::PositionToLocal(eCamera* camera, eCanvas* canvas
                             m[2] * x + m[6] * y + m[10] * z + m[14], (float)p.w);
 }
 
+void eDataSetFrame::CreateAnchor(eCamera* camera, eCanvas* canvas, int kind,
+                                 eVector3T<double> const& position, char const* reportFile,
+                                 int reportLine, eVector4T<double>& world, eMatrix4T<float>& local)
+{
+    world = PositionToWorld(camera, canvas, local, world, kind, eVector4T<double>(position, 0.0));
+    if (SceneMode(camera) != eSM_GLOBE)
+        return;
+    ePoint2D geo(0.0, 0.0);
+    if (kind == 0)
+    {
+        if (reportFile)
+            Eassert("false", reportFile, (unsigned int)reportLine);
+    }
+    else
+        geo = PositionToGeo(canvas, kind, position.x, position.y);
+    local = LocalFrame(geo);
+}
+
 ePoint2D eDataSetFrame::PositionToGeo(eCanvas* canvas, int kind, double x, double y)
 {
     if (kind == 0)
@@ -129,6 +150,111 @@ eMatrix4T<float> eDataSetFrame::LocalFrame(ePoint2D const& geo)
 {
     return eMatrix4T<float>::RotationY((float)(geo.x * kDegToRad)) *
            eMatrix4T<float>::RotationX((float)(-geo.y * kDegToRad));
+}
+
+void eDataSetFrame::WindowTimes(float curTime, float traceTime, float startTime, float endTime,
+                                float& t0, float& t1)
+{
+    t0 = curTime - traceTime;
+    t1 = curTime;
+    if (t0 < startTime)
+        t0 = startTime;
+    if (t1 > endTime)
+        t1 = endTime;
+}
+
+unsigned char eDataSetFrame::FindWindow(eVector4T<double> const* positions, int count, int from,
+                                        float t0, float t1, int& first, int& last, int hint)
+{
+    first = -1;
+    last = -1;
+    int i = from < 0 ? 0 : from;
+    while (i < count && !(positions[i].w > t0))
+        ++i;
+    if (i >= count)
+        return 0;
+    first = i > 0 ? i - 1 : 0;
+    if (hint >= 0)
+    {
+        // Times that never fall make "above t1" false up to one index and true after it:
+        // step from the hint to that index instead of walking the whole window.
+        i = hint < first ? first : (hint >= count ? count - 1 : hint);
+        if (positions[i].w > t1)
+        {
+            while (i > first && positions[i - 1].w > t1)
+                --i;
+            last = i;
+        }
+        else
+        {
+            while (++i < count && !(positions[i].w > t1))
+            {
+            }
+            last = i < count ? i : -1;
+        }
+        return last > 0;
+    }
+    for (i = first; i < count; ++i)
+        if (positions[i].w > t1)
+        {
+            last = i;
+            break;
+        }
+    return last > 0;
+}
+
+unsigned char eDataSetFrame::MoveWindow(eVector4T<double> const* positions, int count, float t0,
+                                        float t1, int& firstIndex, int& windowCount,
+                                        unsigned char rising)
+{
+    // The window already reaches the end of the path: it keeps showing its last stretch.
+    if (count <= firstIndex + windowCount)
+        return 0;
+    int s, e;
+    int hint = rising ? firstIndex + (windowCount > 0 ? windowCount - 1 : 0) : -1;
+    if (!FindWindow(positions, count, firstIndex, t0, t1, s, e, hint) || s < 0)
+        return 0;
+    firstIndex = s;
+    windowCount = e - s + 1;
+    return 1;
+}
+
+unsigned char eDataSetFrame::CreateSlotBuffer(eVertexData* data, long long vertices)
+{
+    if (!data)
+        return 0;
+    if (data->GetHardwareBuffer())
+        return 1;
+    int stride = data->GetVertexStride();
+    long long bytes = vertices * stride;
+    eHardwareVertexBuffer* buffer = eHardwareBufferManager::GetSingleton().CreateVertexBuffer();
+    buffer->SetVertexStride(stride);
+    unsigned char ok = 0;
+    if (bytes > 0 && bytes <= INT_MAX)
+        ok = buffer->Allocate(GL_DYNAMIC_DRAW, 1, (int)bytes, nullptr);
+    data->SetHardwareBuffer(buffer);
+    return ok;
+}
+
+unsigned char eDataSetFrame::UploadSlot(eVertexData* data, int slot, int slotVertices, int vertices,
+                                        eBufferShadow* shadow)
+{
+    eHardwareVertexBuffer* buffer = data ? data->GetHardwareBuffer() : nullptr;
+    if (!buffer)
+        return 0;
+    int stride = data->GetVertexStride();
+    if (shadow)
+        return slot >= 0 && vertices >= 0 &&
+               shadow->Write(buffer, (size_t)slotVertices * stride * slot,
+                             (size_t)stride * vertices, data->GetVertex(0));
+    return buffer->WriteData(slotVertices * stride * slot, stride * vertices, data->GetVertex(0));
+}
+
+int eDataSetFrame::BufferVertices(eVertexData* data)
+{
+    eHardwareVertexBuffer* buffer = data ? data->GetHardwareBuffer() : nullptr;
+    int stride = data ? data->GetVertexStride() : 0;
+    return buffer && stride > 0 ? buffer->GetSizeInBytes() / stride : 0;
 }
 
 eTechnique* eDataSetFrame::CreateTechnique(eString const& program, unsigned char depthTest)
@@ -172,7 +298,7 @@ void eDataSetFrame::SetAnchorMatrix(eCamera* camera, eRenderProgram* program,
     program->GetProgram()->UniformMatrix4(program->GetUniform()->m_nWorldMatrix, 1, 0, world.Ptr());
 }
 
-unsigned char eDataSetFrame::BindVertexData(eVertexData* data, int nextOffset)
+unsigned char eDataSetFrame::BindVertexData(eVertexData* data)
 {
     eHardwareVertexBuffer* buffer = data ? data->GetHardwareBuffer() : nullptr;
     if (!buffer || !buffer->GetBufferID())
@@ -184,26 +310,29 @@ unsigned char eDataSetFrame::BindVertexData(eVertexData* data, int nextOffset)
         GLut::VertexAttribPointer(e.m_eIndex, e.m_nCount, e.m_eType, e.m_bNormalized, stride,
                                   reinterpret_cast<void const*>((size_t)e.m_nOffset));
         GLut::EnableVertexAttribArray(e.m_eIndex);
-        if (e.m_eIndex == eAI_POSITION && nextOffset > 0)
-        {
-            size_t ahead = (size_t)e.m_nOffset + (size_t)nextOffset * (size_t)stride;
-            GLut::VertexAttribPointer(eAI_ATTRIB1, e.m_nCount, e.m_eType, e.m_bNormalized, stride,
-                                      reinterpret_cast<void const*>(ahead));
-            GLut::EnableVertexAttribArray(eAI_ATTRIB1);
-        }
     }
     return 1;
 }
 
-void eDataSetFrame::UnbindVertexData(eVertexData* data, int nextOffset)
+void eDataSetFrame::UnbindVertexData(eVertexData* data)
 {
     if (!data)
         return;
     for (eVertexElement const& e : data->GetVertexElements())
         GLut::DisableVertexAttribArray(e.m_eIndex);
-    if (nextOffset > 0)
-        GLut::DisableVertexAttribArray(eAI_ATTRIB1);
     GLut::BindBuffer(GL_ARRAY_BUFFER, 0);
+}
+
+void eDataSetFrame::BindTrackStorage(eVertexData* data)
+{
+    eHardwareVertexBuffer* buffer = data ? data->GetHardwareBuffer() : nullptr;
+    if (buffer && buffer->GetBufferID())
+        glBindBufferBase(GL_SHADER_STORAGE_BUFFER, kTrackStorageBinding, buffer->GetBufferID());
+}
+
+void eDataSetFrame::UnbindTrackStorage()
+{
+    glBindBufferBase(GL_SHADER_STORAGE_BUFFER, kTrackStorageBinding, 0);
 }
 
 eTexture* eDataSetFrame::LoadTexture(eString const& path)
@@ -223,6 +352,188 @@ eTexture* eDataSetFrame::LoadTexture(eString const& path)
     texture->SetImageData(nullptr);
     delete image;
     return texture;
+}
+
+namespace
+{
+// Writes gather while each starts within this many bytes of the last one's end, up to this
+// many bytes at once: near enough that the bytes between are cheaper than another call,
+// and few enough to go up while the processor's caches still hold them.
+size_t const kShadowGap = 16 << 10;
+size_t const kShadowChunk = 256 << 10;
+} // namespace
+
+void eDataSetFrame::eBufferShadow::Reset(size_t bytes)
+{
+    m_arBytes.assign(bytes, 0);
+    m_nDirtyBegin = m_nDirtyEnd = 0;
+}
+
+unsigned char eDataSetFrame::eBufferShadow::Write(eHardwareVertexBuffer* buffer, size_t offset,
+                                                  size_t bytes, void const* data)
+{
+    if (!data && bytes > 0)
+        return 0;
+    unsigned char* out = Place(buffer, offset, bytes);
+    if (!out)
+        return 0;
+    std::memcpy(out, data, bytes);
+    Commit(buffer);
+    return 1;
+}
+
+unsigned char* eDataSetFrame::eBufferShadow::Place(eHardwareVertexBuffer* buffer, size_t offset,
+                                                   size_t bytes)
+{
+    if (!buffer || offset > m_arBytes.size() || bytes > m_arBytes.size() - offset || bytes == 0)
+        return nullptr;
+    // What waits goes up first unless this range continues it closely enough.
+    if (m_nDirtyEnd > m_nDirtyBegin && (offset < m_nDirtyEnd || offset - m_nDirtyEnd > kShadowGap ||
+                                        offset + bytes - m_nDirtyBegin > kShadowChunk))
+        Flush(buffer);
+    if (m_nDirtyEnd == m_nDirtyBegin)
+        m_nDirtyBegin = offset;
+    m_nDirtyEnd = offset + bytes;
+    return &m_arBytes[offset];
+}
+
+void eDataSetFrame::eBufferShadow::EndBatch(eHardwareVertexBuffer* buffer)
+{
+    if (m_nBatches > 0 && --m_nBatches == 0)
+        Flush(buffer);
+}
+
+void eDataSetFrame::eBufferShadow::Flush(eHardwareVertexBuffer* buffer)
+{
+    if (buffer && m_nDirtyEnd > m_nDirtyBegin)
+        buffer->WriteData((int)m_nDirtyBegin, (int)(m_nDirtyEnd - m_nDirtyBegin),
+                          &m_arBytes[m_nDirtyBegin]);
+    m_nDirtyBegin = m_nDirtyEnd = 0;
+}
+
+void eDataSetFrame::eWindowCache::Reset(int slots, int slotPositions)
+{
+    if (slots < 0 || slotPositions <= 0)
+        slots = slotPositions = 0;
+    m_nSlotPositions = slotPositions;
+    m_arSlots.assign((size_t)slots,
+                     eSlot{0, nullptr, nullptr, 0, 0, 0, 0, {0.0, 0.0, 0.0, 0.0}, 0});
+    m_arFloats.assign((size_t)slots * (size_t)slotPositions, eVector4T<float>());
+}
+
+void eDataSetFrame::eWindowCache::Forget(int slot)
+{
+    if (slot >= 0 && slot < (int)m_arSlots.size())
+        m_arSlots[(size_t)slot].m_nStamp = 0;
+}
+
+unsigned char eDataSetFrame::eWindowCache::Bind(int slot, unsigned long long stamp,
+                                                void const* record,
+                                                std::vector<eVector4T<double>> const& positions,
+                                                int kind)
+{
+    if (slot < 0 || slot >= (int)m_arSlots.size())
+        return 0;
+    eSlot& held = m_arSlots[(size_t)slot];
+    if (held.m_nStamp == stamp && held.m_pRecord == record && held.m_pSource == positions.data() &&
+        held.m_nSize == positions.size() && held.m_nKind == kind)
+        return held.m_bRising;
+    held.m_nStamp = stamp;
+    held.m_pRecord = record;
+    held.m_pSource = positions.data();
+    held.m_nSize = positions.size();
+    held.m_nKind = kind;
+    held.m_nFirst = held.m_nCount = 0;
+    // A time that is not at least the one before (NaN included) rules the shortcut out.
+    held.m_bRising = 1;
+    for (size_t k = 1; k < held.m_nSize && held.m_bRising; ++k)
+        held.m_bRising = positions[k].w >= positions[k - 1].w;
+    return held.m_bRising;
+}
+
+unsigned char eDataSetFrame::eWindowCache::Holds(int slot,
+                                                 std::vector<eVector4T<double>> const& positions,
+                                                 int first, int count, float t0, float t1) const
+{
+    if (slot < 0 || slot >= (int)m_arSlots.size())
+        return 0;
+    eSlot const& held = m_arSlots[(size_t)slot];
+    if (held.m_nStamp == 0 || !held.m_bRising || held.m_pSource != positions.data() ||
+        held.m_nFirst != first || held.m_nCount != count || count < 2 ||
+        (size_t)(first + count) >= positions.size())
+        return 0;
+    // The search from `first` stops at once (the first position is not above t0 unless it
+    // is the very first, the next one is), and with rising times the first position above
+    // t1 is the last one when the one before it is not.
+    bool start = (!(held.m_dTimes[0] > t0) || first == 0) && held.m_dTimes[1] > t0;
+    bool end = held.m_dTimes[3] > t1 && !(held.m_dTimes[2] > t1);
+    return start && end;
+}
+
+void eDataSetFrame::eWindowCache::Write(int slot, int first, int count, int repeat,
+                                        eVector4T<float>* out) const
+{
+    eVector4T<float> const* floats = &m_arFloats[(size_t)slot * m_nSlotPositions];
+    // The window lies in at most two runs of the slot: up to its end, then from its start.
+    int at = first % m_nSlotPositions;
+    int head = count < m_nSlotPositions - at ? count : m_nSlotPositions - at;
+    if (repeat == 1)
+    {
+        std::memcpy(out, floats + at, sizeof(*out) * (size_t)head);
+        std::memcpy(out + head, floats, sizeof(*out) * (size_t)(count - head));
+        return;
+    }
+    for (int k = 0; k < count; ++k)
+    {
+        eVector4T<float> v = floats[k < head ? at + k : k - head];
+        for (int c = 0; c < repeat; ++c)
+            *out++ = v;
+    }
+}
+
+void eDataSetFrame::eWindowCache::Prefetch(int slot, int first) const
+{
+    if (slot < 0 || slot >= (int)m_arSlots.size() || first < 0)
+        return;
+    __builtin_prefetch(&m_arSlots[(size_t)slot]);
+    __builtin_prefetch(At(slot, first));
+}
+
+eDataSetFrame::eConversionKey::eConversionKey() : m_nStamp(0)
+{
+    std::memset(&m_Inputs, 0, sizeof(m_Inputs));
+}
+
+unsigned long long eDataSetFrame::eConversionKey::Refresh(eCamera* camera, eCanvas* canvas,
+                                                          eVector4T<double> const& anchor,
+                                                          eMatrix4T<float> const& local)
+{
+    // Zeroed first so that padding compares equal too.
+    eInputs in;
+    std::memset(&in, 0, sizeof(in));
+    for (int i = 0; i < 4; ++i)
+        in.m_dAnchor[i] = anchor[i];
+    std::memcpy(in.m_fLocal, local.Ptr(), sizeof(in.m_fLocal));
+    in.m_nSceneMode = SceneMode(camera);
+    eCoordSys* cs = CoordSysOf(canvas);
+    in.m_pCoordSys = cs;
+    if (cs)
+    {
+        eProjection const* p = cs->GetPrjCoordSys().GetProjection();
+        in.m_nCoordSysMode = (int)cs->GetSceneMode();
+        in.m_nProjection = p->GetProjectionType();
+        in.m_dProjection[0] = p->GetCentralMeridian();
+        in.m_dProjection[1] = p->GetOriginLatitude();
+        in.m_dProjection[2] = p->GetStandardParallel1();
+        in.m_dProjection[3] = p->GetStandardParallel2();
+    }
+    if (m_nStamp == 0 || std::memcmp(&in, &m_Inputs, sizeof(in)) != 0)
+    {
+        static std::atomic<unsigned long long> s_nStamps(0);
+        std::memcpy(&m_Inputs, &in, sizeof(in));
+        m_nStamp = ++s_nStamps;
+    }
+    return m_nStamp;
 }
 
 } // namespace KYR

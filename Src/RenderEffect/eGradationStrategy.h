@@ -1,7 +1,9 @@
 // Two rasters and a time ratio for fading from one to the other. A producer hands in
 // textures through SetTexture1/SetTexture2; the consuming gradation object, under its own
 // mutex, retires m_pTexture1/m_pTexture2, moves the pending pointers over and sends
-// GetTimeRatio to its shader. Nothing here locks, and nothing is freed.
+// GetTimeRatio to its shader. Nothing here locks, and nothing is freed: copies copy the
+// pointers. A texture the consumer has taken is the consumer's (and its copies') to free;
+// one still pending is the producer's.
 #pragma once
 
 namespace KYR

@@ -81,7 +81,7 @@ eMatrix4T<double> eRenderCone::ShortestArc(eVector3T<double> u, eVector3T<double
     return QuaternionMatrix(q);
 }
 
-eRenderCone::eRenderCone(double radius, double height) : m_pConeGeometry(nullptr)
+eRenderCone::eRenderCone(double radius, double height)
 {
     eMesh* mesh = new eMesh();
     mesh->SetOperationType(eOT_TRIANGLE_LIST);
@@ -92,8 +92,7 @@ eRenderCone::eRenderCone(double radius, double height) : m_pConeGeometry(nullptr
     vd->AddElement(eVET_UNSIGNED_BYTE, eVEC_4, eAI_COLOR, 1);
     AddMesh(mesh);
     BuildMaterial();
-    m_pConeGeometry = new eConeGeometry(radius, height);
-    m_spGeometryOwner.reset(m_pConeGeometry);
+    m_pConeGeometry.Reset(new eConeGeometry(radius, height));
     m_pConeGeometry->SetColor(255, 0, 0, 100);
     m_pConeGeometry->SetSlices(80);
     m_pConeGeometry->SetCap(0);
@@ -101,7 +100,7 @@ eRenderCone::eRenderCone(double radius, double height) : m_pConeGeometry(nullptr
     m_dTexFlowSpeed = 0.005;
 }
 
-// The geometry outlives this cone while a copy still holds it.
+// The geometry goes with its last holder.
 eRenderCone::~eRenderCone() {}
 
 void eRenderCone::BuildMaterial()

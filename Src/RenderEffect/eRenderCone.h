@@ -2,7 +2,6 @@
 #pragma once
 #include "eConeGeometry.h"
 #include "eRenderObject.h"
-#include <memory>
 
 namespace KYR
 {
@@ -11,6 +10,7 @@ class eRenderCone : public eRenderObject
 {
 public:
     eRenderCone(double radius, double height);
+    // Copies share the geometry as well as what the base shares.
     eRenderCone(eRenderCone const&) = default;
     eRenderCone& operator=(eRenderCone const&) = default;
     ~eRenderCone() override;
@@ -33,15 +33,13 @@ public:
 protected:
     unsigned char StartRender(eRenderEngine*, eRenderSystem*, eCamera*, eViewport*) override;
 
-    eConeGeometry* m_pConeGeometry;
+    eShared<eConeGeometry> m_pConeGeometry;
     double m_dTexFlowSpeed;
 
 private:
     void BuildMesh();
     void BuildMaterial();
     static double s_dTexFlowOffset;
-    // Copies share the geometry as they share its pointer; the last one frees it.
-    std::shared_ptr<eConeGeometry> m_spGeometryOwner;
 };
 
 } // namespace KYR

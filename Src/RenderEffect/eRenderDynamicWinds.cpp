@@ -19,6 +19,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <epoxy/gl.h>
+#include <map>
 
 namespace KYR
 {
@@ -53,6 +54,27 @@ void TextureParameters()
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
 }
 
+void DeleteTexture(unsigned int name)
+{
+    glDeleteTextures(1, &name);
+}
+
+// Holders for the pointers handed in, one for each distinct pointer.
+template <typename T> std::vector<eShared<T>> TakeEach(std::vector<T*> const& given)
+{
+    std::map<T*, eShared<T>> taken;
+    std::vector<eShared<T>> held;
+    held.reserve(given.size());
+    for (T* p : given)
+    {
+        eShared<T>& holder = taken[p];
+        if (p && !holder)
+            holder.Reset(p);
+        held.push_back(holder);
+    }
+    return held;
+}
+
 eTechnique* MakeTechnique(char const* program)
 {
     eTechnique* technique = new eTechnique();
@@ -67,40 +89,34 @@ eTechnique* MakeTechnique(char const* program)
 } // namespace
 
 eRenderDynamicWinds::eRenderDynamicWinds(eMap* map)
-    : m_dynamic(false), m_particleCount(2000), m_maxTrailFrames(50), m_colorTableTexture(0),
-      m_lineWidth(1000.0f), m_lineDynamic(false), m_lineDynamicStep(0.01f), m_map(map),
-      m_initialized(false), m_colorTableReady(false)
+    : m_dynamic(false), m_particleCount(2000), m_maxTrailFrames(50), m_lineWidth(1000.0f),
+      m_lineDynamic(false), m_lineDynamicStep(0.01f), m_map(map), m_initialized(false),
+      m_colorTableReady(false)
 {
 }
 
+// Meshes, trail buffers, particles and the colour table go with their last holders.
 eRenderDynamicWinds::~eRenderDynamicWinds()
 {
     DeleteStreamLines();
     DeleteTrailFrames();
     ClearParticles();
+    m_colorTableTexture.Reset();
 }
 
 void eRenderDynamicWinds::DeleteTrailFrames()
 {
-    for (eVertexData* frame : m_trailFrames)
-        delete frame;
     m_trailFrames.clear();
 }
 
 void eRenderDynamicWinds::DeleteStreamLines()
 {
-    for (eVertexData* vertices : m_lineVertices)
-        delete vertices;
-    for (eIndexData* indices : m_lineIndices)
-        delete indices;
     m_lineVertices.clear();
     m_lineIndices.clear();
 }
 
 void eRenderDynamicWinds::ClearParticles()
 {
-    for (Particle* particle : m_particles)
-        delete particle;
     m_particles.clear();
 }
 
@@ -122,8 +138,8 @@ void eRenderDynamicWinds::SetWindStreamLine(std::vector<eVertexData*>& vertices,
     for (size_t i = 0; i < speeds.size(); ++i)
         m_lineLevels[i] = WindSpeedLevel(speeds[i]) / 22.0;
     m_lineValues = values;
-    m_lineVertices = vertices;
-    m_lineIndices = indices;
+    m_lineVertices = TakeEach(vertices);
+    m_lineIndices = TakeEach(indices);
     m_initialized = false;
 }
 
@@ -211,9 +227,7 @@ void eRenderDynamicWinds::RecreatColorTabel()
 {
     if (m_colorTableReady)
         return;
-    if (m_colorTableTexture)
-        glDeleteTextures(1, &m_colorTableTexture);
-    m_colorTableTexture = 0;
+    m_colorTableTexture.Reset(); // deleted here unless a copy still draws with it
     std::vector<eVector4T<unsigned char>> palette = m_colorPalette;
     if (palette.empty())
         palette.push_back(eVector4T<unsigned char>(0, 255, 0, 200));
@@ -227,7 +241,9 @@ void eRenderDynamicWinds::RecreatColorTabel()
         table[i * 4 + 3] = c.w;
     }
     GLut::ActiveTexture(GL_TEXTURE1);
-    glGenTextures(1, &m_colorTableTexture);
+    unsigned int name = 0;
+    glGenTextures(1, &name);
+    m_colorTableTexture.Reset(name, DeleteTexture);
     glBindTexture(GL_TEXTURE_2D, m_colorTableTexture);
     glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
     glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 1, kTableSize, 0, GL_RGBA, GL_UNSIGNED_BYTE, table);
@@ -322,10 +338,7 @@ unsigned char eRenderDynamicWinds::RenderDynamic(eRenderEngine* engine, eRenderS
     GLut::ActiveTexture(GL_TEXTURE0);
 
     if ((int)m_trailFrames.size() > m_maxTrailFrames)
-    {
-        delete m_trailFrames.front();
-        m_trailFrames.pop_front();
-    }
+        m_trailFrames.pop_front(); // freed unless a copy still draws it
 
     eVertexData* frame = new eVertexData();
     frame->SetVertexType(1);
@@ -355,7 +368,7 @@ unsigned char eRenderDynamicWinds::RenderDynamic(eRenderEngine* engine, eRenderS
         particle->previous = particle->position;
     }
     frame->Create();
-    m_trailFrames.push_back(frame);
+    m_trailFrames.push_back(eShared<eVertexData>(frame));
 
     glEnable(GL_LINE_SMOOTH);
     glLineWidth(1.65f);
@@ -427,7 +440,8 @@ unsigned char eRenderDynamicWinds::RenderStreamLine(eRenderEngine* engine, eRend
             p->Uniform1f(u->m_nCustom[8], i < m_lineValues.size() ? (float)m_lineValues[i] : 0.0f);
             p->Uniform1f(u->m_nCustom[9], i < m_lineLevels.size() ? (float)m_lineLevels[i] : 0.0f);
         }
-        RenderFrame(eOT_TRIANGLE_STRIP, i < m_lineVertices.size() ? m_lineVertices[i] : nullptr,
+        RenderFrame(eOT_TRIANGLE_STRIP,
+                    i < m_lineVertices.size() ? m_lineVertices[i].Get() : nullptr,
                     m_lineIndices[i]);
     }
     glDisable(GL_POLYGON_OFFSET_FILL);
@@ -534,7 +548,7 @@ void eRenderDynamicWinds::CreateParticlePool(eRenderEngine* engine, eCamera* cam
 {
     m_particles.reserve(m_particleCount > 0 ? (size_t)m_particleCount : 0);
     for (int i = 0; i < m_particleCount; ++i)
-        m_particles.push_back(MakeParticle(engine, camera));
+        m_particles.push_back(eShared<Particle>(MakeParticle(engine, camera)));
 }
 
 void eRenderDynamicWinds::UpdateParticlePool(eRenderEngine* engine, eCamera* camera)

@@ -7,6 +7,7 @@
 #include "eEnums.h"
 #include "eRect.h"
 #include "eRenderable.h"
+#include "eShared.h"
 #include "eVector4.h"
 #include <list>
 #include <vector>
@@ -23,7 +24,8 @@ class eRenderDynamicWinds : public eRenderable
 {
 public:
     explicit eRenderDynamicWinds(eMap* map);
-    // Copies share particles, trail buffers and stream-line meshes.
+    // Copies share particles, trail buffers, stream-line meshes, the colour table and the
+    // wind field's columns; the last holder of each frees it.
     eRenderDynamicWinds(eRenderDynamicWinds const&) = default;
     eRenderDynamicWinds& operator=(eRenderDynamicWinds const&) = default;
     ~eRenderDynamicWinds() override;
@@ -34,7 +36,8 @@ public:
     unsigned char UpdateRenderQueue(eRenderEngine*, eCamera*, eViewport*, eRenderQueue*) override;
 
     void SetWindDynamic(std::vector<ePoint2D>& winds);
-    // Takes over the meshes; speeds give each line's colour level.
+    // Takes over the meshes (one store given for several lines is taken once); speeds give
+    // each line's colour level.
     void SetWindStreamLine(std::vector<eVertexData*>& vertices, std::vector<eIndexData*>& indices,
                            std::vector<double>& speeds, std::vector<double>& values);
     void SetWindStreamLineWidth(float width) { m_lineWidth = width; }
@@ -75,12 +78,12 @@ protected:
     int m_particleCount;
     int m_maxTrailFrames;
     eRect2D m_renderBounds;
-    std::vector<Particle*> m_particles;
-    std::list<eVertexData*> m_trailFrames;
-    std::vector<eVertexData*> m_lineVertices;
-    std::vector<eIndexData*> m_lineIndices;
+    std::vector<eShared<Particle>> m_particles;
+    std::list<eShared<eVertexData>> m_trailFrames;
+    std::vector<eShared<eVertexData>> m_lineVertices;
+    std::vector<eShared<eIndexData>> m_lineIndices;
     std::vector<eVector4T<unsigned char>> m_colorPalette;
-    unsigned int m_colorTableTexture;
+    eSharedName m_colorTableTexture;
     float m_lineWidth;
     bool m_lineDynamic;
     float m_lineDynamicStep;

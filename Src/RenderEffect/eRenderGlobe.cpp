@@ -19,6 +19,18 @@
 namespace KYR
 {
 
+namespace
+{
+void DeleteTexture(unsigned int name)
+{
+    glDeleteTextures(1, &name);
+}
+void DeleteFrameBuffer(unsigned int name)
+{
+    GLut::DeleteFrameBuffers(1, &name);
+}
+} // namespace
+
 eRenderGlobe::eRenderGlobe()
     : m_fLightBrightNess(4.0f), m_fLightSpotSize(0.75f), m_fLightFactor(1.0f),
       m_strEarthMapPicture(eSystem::GetWorkPath() + "Resources/Icons/WGS84-Globe.jpg"),
@@ -27,10 +39,8 @@ eRenderGlobe::eRenderGlobe()
       m_arSpotLightColor{1.0f, 1.0f, 1.0f}, m_arAmbientSHLightCoefficients{0.0f, 0.0f, 0.0f},
       m_arLightColor{1.0f, 1.0f, 1.0f}, m_arSunDirection{0.0f, 0.0f, 0.0f}, m_arSHFirstOrder{},
       m_nLatitudeCount(73), m_nLongitudeCount(145), m_nWidth(800), m_nHeight(600),
-      m_nFrameBuffer(0), m_nDepthTexture(0), m_nSpareTexture(0), m_nEarthMapTexture(0),
-      m_nElevationTexture(0), m_bInitialized(0), m_bUseTexture(0), m_bUseShadow(0),
-      m_dHeightBase(5000000.0), m_dHeightScale(1000.0), m_vSunPosition(0.0, 0.0, 0.0),
-      m_vDiffuseColor(0.0f, 0.0f, 0.0f), m_pIndexData(nullptr), m_pVertexData(nullptr),
+      m_bInitialized(0), m_bUseTexture(0), m_bUseShadow(0), m_dHeightBase(5000000.0),
+      m_dHeightScale(1000.0), m_vSunPosition(0.0, 0.0, 0.0), m_vDiffuseColor(0.0f, 0.0f, 0.0f),
       m_pTechnique(new eTechnique())
 {
     ePass* pass = m_pTechnique->CreatePass();
@@ -57,10 +67,14 @@ unsigned char eRenderGlobe::Initialize(eRenderEngine*)
     if (m_bInitialized)
         return 1;
     InitializeSpherical();
-    GLut::GenFrameBuffers(1, &m_nFrameBuffer);
+    unsigned int name = 0;
+    GLut::GenFrameBuffers(1, &name);
+    m_nFrameBuffer.Reset(name, DeleteFrameBuffer);
     GLut::BindFrameBuffer(GL_FRAMEBUFFER, m_nFrameBuffer);
     GLut::ActiveTexture(GL_TEXTURE2);
-    glGenTextures(1, &m_nDepthTexture);
+    name = 0;
+    glGenTextures(1, &name);
+    m_nDepthTexture.Reset(name, DeleteTexture);
     glBindTexture(GL_TEXTURE_2D, m_nDepthTexture);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP);
@@ -73,9 +87,9 @@ unsigned char eRenderGlobe::Initialize(eRenderEngine*)
     GLut::CheckFrameBufferStatus(GL_FRAMEBUFFER); // an incomplete buffer is not noticed
     GLut::BindFrameBuffer(GL_FRAMEBUFFER, 0);
     GLut::ActiveTexture(GL_TEXTURE1);
-    m_nElevationTexture = CreateTextrue(m_strEarthElevationPicture);
+    m_nElevationTexture.Reset(CreateTextrue(m_strEarthElevationPicture), DeleteTexture);
     GLut::ActiveTexture(GL_TEXTURE0);
-    m_nEarthMapTexture = CreateTextrue(m_strEarthMapPicture);
+    m_nEarthMapTexture.Reset(CreateTextrue(m_strEarthMapPicture), DeleteTexture);
     m_bInitialized = 1;
     return 1;
 }
@@ -86,38 +100,20 @@ unsigned char eRenderGlobe::UnInitialize(eRenderEngine*)
     return 1;
 }
 
-// Frees in a fixed order. The depth texture keeps its id after deletion.
+// Lets go in a fixed order; each thing is freed by its last holder, so a copy that still
+// draws keeps what it shares. The depth texture keeps reading its number after its release,
+// and that stale number is never deleted again (not by a second UnInitialize, nor by the
+// destructor).
 void eRenderGlobe::Release()
 {
-    if (m_nSpareTexture)
-        glDeleteTextures(1, &m_nSpareTexture);
-    if (m_pVertexData)
-    {
-        m_pVertexData->Delete();
-        delete m_pVertexData;
-        m_pVertexData = nullptr;
-    }
-    if (m_pIndexData)
-    {
-        m_pIndexData->Delete();
-        delete m_pIndexData;
-        m_pIndexData = nullptr;
-    }
-    for (unsigned int* id : {&m_nSpareTexture, &m_nEarthMapTexture, &m_nElevationTexture})
-        if (*id)
-        {
-            glDeleteTextures(1, id);
-            *id = 0;
-        }
-    if (m_nDepthTexture)
-        glDeleteTextures(1, &m_nDepthTexture);
-    if (m_nFrameBuffer)
-    {
-        GLut::DeleteFrameBuffers(1, &m_nFrameBuffer);
-        m_nFrameBuffer = 0;
-    }
-    delete m_pTechnique;
-    m_pTechnique = nullptr;
+    m_nSpareTexture.Reset();
+    m_pVertexData.Reset(); // deleting a store deletes its hardware buffer
+    m_pIndexData.Reset();
+    m_nEarthMapTexture.Reset();
+    m_nElevationTexture.Reset();
+    m_nDepthTexture.ResetKeepingNumber();
+    m_nFrameBuffer.Reset();
+    m_pTechnique.Reset();
     m_bInitialized = 0;
 }
 
@@ -130,7 +126,7 @@ void eRenderGlobe::InitializeSpherical()
         image = nullptr;
     }
     int const rows = m_nLatitudeCount, cols = m_nLongitudeCount;
-    m_pVertexData = new eVertexData();
+    m_pVertexData.Reset(new eVertexData());
     m_pVertexData->SetVertexType(1);
     m_pVertexData->AddElement(eVET_FLOAT, eVEC_3, eAI_POSITION, 0);
     m_pVertexData->SetVertexSize(rows * cols);
@@ -159,7 +155,7 @@ void eRenderGlobe::InitializeSpherical()
             v[1] = lat;
             v[2] = step;
         }
-    m_pIndexData = new eIndexData();
+    m_pIndexData.Reset(new eIndexData());
     std::vector<unsigned short>& idx = m_pIndexData->GetIndexBuffer();
     idx.resize((size_t)6 * (cols - 1) * (rows - 1));
     for (int i = 0; i < rows - 1; ++i)

@@ -5,6 +5,7 @@
 #include "eFile.h"
 #include "eMatrix4.h"
 #include "eRenderable.h"
+#include "eShared.h"
 #include "eString.h"
 #include "eVector3.h"
 
@@ -21,7 +22,8 @@ class eRenderGlobe : public eRenderable
 {
 public:
     eRenderGlobe();
-    // Member-wise: a copy shares GL ids, stores and technique with its source.
+    // Member-wise: a copy shares GL names, stores and technique with its source; the last
+    // holder of each frees it, so copies may go in any order.
     eRenderGlobe(eRenderGlobe const&) = default;
     eRenderGlobe& operator=(eRenderGlobe const&) = default;
     ~eRenderGlobe() override;
@@ -86,11 +88,11 @@ protected:
     int m_nLongitudeCount;
     int m_nWidth;
     int m_nHeight;
-    unsigned int m_nFrameBuffer;
-    unsigned int m_nDepthTexture;
-    unsigned int m_nSpareTexture;
-    unsigned int m_nEarthMapTexture;
-    unsigned int m_nElevationTexture;
+    eSharedName m_nFrameBuffer;
+    eSharedName m_nDepthTexture; // keeps reading its number after UnInitialize
+    eSharedName m_nSpareTexture;
+    eSharedName m_nEarthMapTexture;
+    eSharedName m_nElevationTexture;
     unsigned char m_bInitialized;
     unsigned char m_bUseTexture;
     unsigned char m_bUseShadow;
@@ -102,9 +104,9 @@ protected:
     eMatrix4T<float> m_matSunView;
     eMatrix4T<float> m_matSunProjection;
     eMatrix4T<float> m_matSunSpace;
-    eIndexData* m_pIndexData;
-    eVertexData* m_pVertexData;
-    eTechnique* m_pTechnique;
+    eShared<eIndexData> m_pIndexData;
+    eShared<eVertexData> m_pVertexData;
+    eShared<eTechnique> m_pTechnique;
 
 private:
     static void Store(float* dst, eVector3T<float> const& c)

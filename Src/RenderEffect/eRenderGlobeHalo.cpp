@@ -62,9 +62,7 @@ eVector3T<double> ProjectHorizon(eCamera* camera)
 
 } // namespace
 
-eRenderGlobeHalo::eRenderGlobeHalo()
-    : m_bInitialized(0), m_pTechnique(nullptr), m_pVertexData(nullptr), m_pIndexData(nullptr),
-      m_nColor(0), m_dAlpha(1.0)
+eRenderGlobeHalo::eRenderGlobeHalo() : m_bInitialized(0), m_nColor(0), m_dAlpha(1.0)
 {
     // The colour is the application's to set; zero keeps an unset halo invisible.
 }
@@ -84,8 +82,8 @@ unsigned char eRenderGlobeHalo::Initialize(eRenderEngine* engine)
     eCamera* camera = engine ? engine->GetCamera() : nullptr;
     if (m_bInitialized || !camera || camera->GetSceneMode() != eSM_GLOBE)
         return m_bInitialized;
-    m_pVertexData = new eVertexData();
-    m_pIndexData = new eIndexData();
+    m_pVertexData.Reset(new eVertexData());
+    m_pIndexData.Reset(new eIndexData());
     BuildQuad(m_pVertexData, m_pIndexData);
     m_pVertexData->Create();
     m_pIndexData->Create();
@@ -93,18 +91,12 @@ unsigned char eRenderGlobeHalo::Initialize(eRenderEngine* engine)
     return m_bInitialized;
 }
 
+// Each store goes with its last holder, and with it its hardware buffer.
 void eRenderGlobeHalo::Release()
 {
-    if (m_pVertexData)
-        m_pVertexData->Delete();
-    if (m_pIndexData)
-        m_pIndexData->Delete();
-    delete m_pVertexData;
-    delete m_pIndexData;
-    delete m_pTechnique;
-    m_pVertexData = nullptr;
-    m_pIndexData = nullptr;
-    m_pTechnique = nullptr;
+    m_pVertexData.Reset();
+    m_pIndexData.Reset();
+    m_pTechnique.Reset();
     m_bInitialized = 0;
 }
 
@@ -176,7 +168,7 @@ unsigned char eRenderGlobeHalo::UpdateRenderQueue(eRenderEngine*, eCamera*, eVie
                                                   eRenderQueue* queue)
 {
     if (!m_pTechnique)
-        m_pTechnique = CreateTechnique();
+        m_pTechnique.Reset(CreateTechnique());
     ePass* pass = m_pTechnique ? m_pTechnique->GetPass(0) : nullptr;
     if (pass && queue)
         queue->AddOverlayRenderable(pass, this);

@@ -3,6 +3,7 @@
 // camera comes down, and exists only on the round globe (scene mode 1).
 #pragma once
 #include "eRenderable.h"
+#include "eShared.h"
 
 namespace KYR
 {
@@ -15,7 +16,8 @@ class eRenderGlobeHalo : public eRenderable
 {
 public:
     eRenderGlobeHalo();
-    // Member-wise: a copy shares the stores and the technique with its source.
+    // Member-wise: a copy shares the stores and the technique with its source; the last
+    // holder frees them.
     eRenderGlobeHalo(eRenderGlobeHalo const&) = default;
     eRenderGlobeHalo& operator=(eRenderGlobeHalo const&) = default;
     ~eRenderGlobeHalo() override;
@@ -40,9 +42,9 @@ protected:
     void Release();
 
     unsigned char m_bInitialized;
-    eTechnique* m_pTechnique;
-    eVertexData* m_pVertexData;
-    eIndexData* m_pIndexData;
+    eShared<eTechnique> m_pTechnique;
+    eShared<eVertexData> m_pVertexData;
+    eShared<eIndexData> m_pIndexData;
     unsigned int m_nColor;
     double m_dAlpha;
 };

@@ -6,15 +6,25 @@ namespace KYR
 {
 
 eRenderGrayColorGradationObject::eRenderGrayColorGradationObject()
-    : m_pGradationStrategy(nullptr), m_Mutex(1)
+    : m_Mutex(new eMutex(1)), m_pTakenTextures(new eGradationTextures())
 {
 }
 
-// The textures in the list are freed by the base; those still pending are not.
+// Strategy, lock and taken textures go with their last holders; textures still pending in
+// the strategy were never taken and are not freed.
 eRenderGrayColorGradationObject::~eRenderGrayColorGradationObject()
 {
-    delete m_pGradationStrategy;
-    m_pGradationStrategy = nullptr;
+    m_pGradationStrategy.Reset();
+    m_pTakenTextures.Reset();
+    m_Mutex.Reset();
+}
+
+void eRenderGrayColorGradationObject::SetGradationStrategy(eGradationStrategy* strategy)
+{
+    if (strategy == m_pGradationStrategy.Get())
+        return;
+    m_pGradationStrategy.Reset(strategy);
+    m_pTakenTextures.Reset(new eGradationTextures());
 }
 
 unsigned char eRenderGrayColorGradationObject::StartRender(eRenderEngine* engine, eRenderSystem* rs,
@@ -22,7 +32,7 @@ unsigned char eRenderGrayColorGradationObject::StartRender(eRenderEngine* engine
 {
     if (!m_pGradationStrategy) // nothing to fade between yet
         return eRenderGrayColorObject::StartRender(engine, rs, camera, viewport);
-    TakeGradationTextures(m_pGradationStrategy, m_Mutex);
+    TakeGradationTextures(m_pGradationStrategy, *m_Mutex, *m_pTakenTextures);
     unsigned char started = eRenderGrayColorObject::StartRender(engine, rs, camera, viewport);
     if (eRenderProgram* rp = FetchProgram(engine))
         rp->GetProgram()->Uniform1f(rp->GetUniform()->m_nCustom[16],

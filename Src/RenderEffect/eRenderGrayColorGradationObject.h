@@ -14,20 +14,25 @@ class eRenderGrayColorGradationObject : public eRenderGrayColorObject
 {
 public:
     eRenderGrayColorGradationObject();
+    // Copies share the strategy, its lock and the textures taken from it; the last holder
+    // of each frees it.
     eRenderGrayColorGradationObject(eRenderGrayColorGradationObject const&) = default;
     eRenderGrayColorGradationObject& operator=(eRenderGrayColorGradationObject const&) = default;
     ~eRenderGrayColorGradationObject() override;
 
-    // The object owns the strategy from here on; an earlier one is not freed.
-    void SetGradationStrategy(eGradationStrategy* strategy) { m_pGradationStrategy = strategy; }
+    // The object takes the strategy. It no longer holds an earlier one, which goes with its
+    // last holder (a copy may still hold it), and the textures it took from it with it.
+    void SetGradationStrategy(eGradationStrategy* strategy);
     eGradationStrategy* GetGradationStrategy() { return m_pGradationStrategy; }
-    eMutex& GetMutex() { return m_Mutex; }
+    // The lock a producer holds while it hands textures to the strategy; shared by copies.
+    eMutex& GetMutex() { return *m_Mutex; }
 
 protected:
     unsigned char StartRender(eRenderEngine*, eRenderSystem*, eCamera*, eViewport*) override;
 
-    eGradationStrategy* m_pGradationStrategy;
-    eMutex m_Mutex;
+    eShared<eGradationStrategy> m_pGradationStrategy;
+    eShared<eMutex> m_Mutex;
+    eShared<eGradationTextures> m_pTakenTextures;
 };
 
 } // namespace KYR

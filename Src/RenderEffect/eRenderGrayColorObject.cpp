@@ -6,15 +6,13 @@ namespace KYR
 {
 
 eRenderGrayColorObject::eRenderGrayColorObject()
-    : m_pColorTableTexture(nullptr), m_dStartVisibleValue(-1.0), m_dEndVisibleValue(9999.0),
-      m_bIsResetNormalize(0)
+    : m_dStartVisibleValue(-1.0), m_dEndVisibleValue(9999.0), m_bIsResetNormalize(0)
 {
 }
 
 eRenderGrayColorObject::~eRenderGrayColorObject()
 {
-    delete m_pColorTableTexture;
-    m_pColorTableTexture = nullptr;
+    m_pColorTableTexture.Reset();
 }
 
 unsigned char eRenderGrayColorObject::Initialize(eRenderEngine* engine)
@@ -35,9 +33,9 @@ unsigned char eRenderGrayColorObject::UnInitialize(eRenderEngine* engine)
 
 void eRenderGrayColorObject::SetColorTable(eString path, int filter)
 {
-    delete m_pColorTableTexture;
-    m_pColorTableTexture = eTextureOperator::GetSingleton().CreateTexture(
-        path, eTWM_CLAMP_TO_EDGE, (eTextureFilterMode)filter);
+    m_pColorTableTexture.Reset(); // freed here unless a copy still holds it
+    m_pColorTableTexture.Reset(eTextureOperator::GetSingleton().CreateTexture(
+        path, eTWM_CLAMP_TO_EDGE, (eTextureFilterMode)filter));
 }
 
 unsigned char eRenderGrayColorObject::StartRender(eRenderEngine* engine, eRenderSystem* rs,

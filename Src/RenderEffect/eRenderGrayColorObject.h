@@ -10,6 +10,7 @@ class eRenderGrayColorObject : public eRenderTileObject
 {
 public:
     eRenderGrayColorObject();
+    // Copies share the colour table as well as what the base shares.
     eRenderGrayColorObject(eRenderGrayColorObject const&) = default;
     eRenderGrayColorObject& operator=(eRenderGrayColorObject const&) = default;
     ~eRenderGrayColorObject() override;
@@ -26,7 +27,7 @@ public:
 protected:
     unsigned char StartRender(eRenderEngine*, eRenderSystem*, eCamera*, eViewport*) override;
 
-    eTexture* m_pColorTableTexture;
+    eShared<eTexture> m_pColorTableTexture;
     double m_dStartVisibleValue;
     double m_dEndVisibleValue;
     unsigned char m_bIsResetNormalize;

@@ -97,29 +97,49 @@ bool UpdateFormat(int format, GLint& internal, GLenum& type)
     }
 }
 
+// Frees the queued records with their rasters and empties the queue.
+void DeleteRecords(std::vector<eTextureUpdate*>& updates)
+{
+    for (eTextureUpdate* update : updates)
+    {
+        delete update->m_pInfo;
+        delete update;
+    }
+    updates.clear();
+}
+
 } // namespace
 
 eRenderHillShading::eRenderHillShading(eRasterBlock* block)
-    : m_bInitialized(0), m_pRasterBlock(block), m_pTechnique(nullptr), m_pTexture(nullptr),
-      m_Mutex(1), m_pColorTable(nullptr), m_pColorTableTexture(nullptr)
+    : m_bInitialized(0), m_pRasterBlock(block), m_arTextureUpdates(NewTextureUpdates()),
+      m_Mutex(new eMutex(1))
 {
     m_rcBounds.SetEmpty();
     m_dShadingScale = 10000000.0;
 }
 
-// Textures left by a missing UnInitialize and the owned colour table go too, so that
-// nothing the effect made outlives it.
+eShared<eRenderHillShading::eTextureUpdates> eRenderHillShading::NewTextureUpdates()
+{
+    return eShared<eTextureUpdates>(new eTextureUpdates(),
+                                    [](eTextureUpdates* updates)
+                                    {
+                                        DeleteRecords(*updates);
+                                        delete updates;
+                                    });
+}
+
+// Textures left by a missing UnInitialize, the queue and the owned colour table go too, each
+// with its last holder, so that nothing the effect made outlives it and its copies. Letting
+// go of the queue takes no lock: while another copy may still queue into it, this is not its
+// last holder.
 eRenderHillShading::~eRenderHillShading()
 {
-    delete m_pTechnique;
-    delete m_pRasterBlock;
-    {
-        eMutexGuard guard(m_Mutex);
-        ClearTextureUpdates();
-    }
-    delete m_pTexture;
-    delete m_pColorTableTexture;
-    delete m_pColorTable;
+    m_pTechnique.Reset();
+    m_pRasterBlock.Reset();
+    m_arTextureUpdates.Reset();
+    m_pTexture.Reset();
+    m_pColorTableTexture.Reset();
+    m_pColorTable.Reset();
 }
 
 eRenderable::Type eRenderHillShading::GetType()
@@ -139,8 +159,8 @@ unsigned char eRenderHillShading::Create(eCamera*, double, eCanvas*)
     m_rcBounds = m_pRasterBlock->m_rcBounds;
 
     eTextureInfo* info = NormalisedInfo(*m_pRasterBlock);
-    delete m_pTexture; // a second Create replaces the raster texture
-    m_pTexture = new eTexture();
+    m_pTexture.Reset(); // a second Create replaces the raster texture (a copy may keep it)
+    m_pTexture.Reset(new eTexture());
     m_pTexture->SetAutoRelease(1);
     m_pTexture->SetTextureInfo(info);
     m_pTexture->SetAutoMipMap(1);
@@ -151,7 +171,7 @@ unsigned char eRenderHillShading::Create(eCamera*, double, eCanvas*)
 eColorTable* eRenderHillShading::GetColorTable()
 {
     if (!m_pColorTable)
-        m_pColorTable = new eColorTable();
+        m_pColorTable.Reset(new eColorTable());
     return m_pColorTable;
 }
 
@@ -160,7 +180,7 @@ void eRenderHillShading::SetColorTable(eColorTable* table)
     if (!table)
         return;
     if (!m_pColorTable)
-        m_pColorTable = new eColorTable();
+        m_pColorTable.Reset(new eColorTable());
     *m_pColorTable = *table;
 
     int n = m_pColorTable->GetSize();
@@ -183,7 +203,7 @@ void eRenderHillShading::SetColorTable(eColorTable* table)
     }
     if (!m_pColorTableTexture)
     {
-        m_pColorTableTexture = new eTexture();
+        m_pColorTableTexture.Reset(new eTexture());
         m_pColorTableTexture->SetAutoRelease(1);
     }
     else if (eImageData* old = m_pColorTableTexture->GetImageData())
@@ -209,16 +229,17 @@ unsigned char eRenderHillShading::Initialize(eRenderEngine*)
     return m_bInitialized;
 }
 
+// The queue goes with the texture: this object lets go of both and starts an empty queue,
+// while copies that still hold the texture keep the updates meant for it. Alone, the queue
+// is emptied and freed here.
 unsigned char eRenderHillShading::UnInitialize(eRenderEngine*)
 {
     {
         eMutexGuard guard(m_Mutex);
-        ClearTextureUpdates();
+        m_arTextureUpdates = NewTextureUpdates();
     }
-    delete m_pTexture;
-    m_pTexture = nullptr;
-    delete m_pColorTableTexture;
-    m_pColorTableTexture = nullptr;
+    m_pTexture.Reset();
+    m_pColorTableTexture.Reset();
     m_bInitialized = 0;
     return 1;
 }
@@ -230,22 +251,17 @@ void eRenderHillShading::UpdateTexture(int x, int y, eTextureInfo* info)
     update->m_nY = y;
     update->m_pInfo = info;
     eMutexGuard guard(m_Mutex);
-    m_arTextureUpdates.push_back(update);
+    m_arTextureUpdates->push_back(update);
 }
 
 void eRenderHillShading::ClearTextureUpdates()
 {
-    for (eTextureUpdate* update : m_arTextureUpdates)
-    {
-        delete update->m_pInfo;
-        delete update;
-    }
-    m_arTextureUpdates.clear();
+    DeleteRecords(*m_arTextureUpdates);
 }
 
 void eRenderHillShading::ApplyTextureUpdates()
 {
-    for (eTextureUpdate* update : m_arTextureUpdates)
+    for (eTextureUpdate* update : *m_arTextureUpdates)
     {
         eTextureInfo* info = update->m_pInfo;
         GLint internal = 0;
@@ -300,7 +316,7 @@ unsigned char eRenderHillShading::UpdateRenderQueue(eRenderEngine*, eCamera* cam
 {
     if (!m_pTechnique)
     {
-        m_pTechnique = new eTechnique();
+        m_pTechnique.Reset(new eTechnique());
         ePass* pass = m_pTechnique->CreatePass();
         if (camera && camera->GetDimensionMode() == 1)
         {

@@ -18,6 +18,9 @@ class eRenderHillShading : public eRenderShading
 public:
     // Takes ownership of the block.
     explicit eRenderHillShading(eRasterBlock* block = nullptr);
+    // Copies share the block, technique, textures, table, the queue of raster updates and the
+    // lock that guards it: an update queued through any copy reaches the texture they share
+    // once. The last holder of each frees it.
     eRenderHillShading(eRenderHillShading const&) = default;
     eRenderHillShading& operator=(eRenderHillShading const&) = default;
     ~eRenderHillShading() override;
@@ -40,19 +43,23 @@ public:
     void UpdateTexture(int x, int y, eTextureInfo* info);
 
 protected:
+    typedef std::vector<eTextureUpdate*> eTextureUpdates; // each record owns its info
+
     // Uploads and frees the queued rasters; the caller holds m_Mutex.
     void ApplyTextureUpdates();
     void ClearTextureUpdates();
+    // An empty queue whose last holder frees the records left in it.
+    static eShared<eTextureUpdates> NewTextureUpdates();
 
     unsigned char m_bInitialized;
-    eRasterBlock* m_pRasterBlock;
-    eTechnique* m_pTechnique;
+    eShared<eRasterBlock> m_pRasterBlock;
+    eShared<eTechnique> m_pTechnique;
     eRect2D m_rcBounds;
-    eTexture* m_pTexture;
-    std::vector<eTextureUpdate*> m_arTextureUpdates;
-    eMutex m_Mutex;
-    eColorTable* m_pColorTable;
-    eTexture* m_pColorTableTexture;
+    eShared<eTexture> m_pTexture;
+    eShared<eTextureUpdates> m_arTextureUpdates;
+    eShared<eMutex> m_Mutex;
+    eShared<eColorTable> m_pColorTable;
+    eShared<eTexture> m_pColorTableTexture;
 };
 
 } // namespace KYR

@@ -442,7 +442,7 @@ unsigned char eRenderListCubeSet::RenderVertexBuffer(eRenderEngine* engine, eRen
     if (!HasBuffers())
         return 0;
 
-    eDataSetFrame::BindVertexData(m_pVertexData, 0);
+    eDataSetFrame::BindVertexData(m_pVertexData);
     eHardwareIndexBuffer* indexBuffer = m_pIndexData->GetHardwareBuffer();
     GLut::BindBuffer(GL_ELEMENT_ARRAY_BUFFER, indexBuffer->GetBufferID());
     // Two draws, issued as the engine has always issued them: the first takes its count
@@ -458,7 +458,7 @@ unsigned char eRenderListCubeSet::RenderVertexBuffer(eRenderEngine* engine, eRen
     if (cursor > 0 && per * cursor * kIndexBytes <= indexBytes)
         glDrawElements(GL_TRIANGLES, (GLsizei)(per * cursor), GL_UNSIGNED_INT, nullptr);
     GLut::BindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
-    eDataSetFrame::UnbindVertexData(m_pVertexData, 0);
+    eDataSetFrame::UnbindVertexData(m_pVertexData);
     return 1;
 }
 

@@ -15,19 +15,18 @@
 namespace KYR
 {
 
-eRenderNightLight::eRenderNightLight()
-    : m_bInitialized(0), m_pTechnique(nullptr), m_pTexture(nullptr), m_pColorTable(nullptr),
-      m_pColorTableTexture(nullptr)
+eRenderNightLight::eRenderNightLight() : m_bInitialized(0)
 {
     m_rcImageBound.SetEmpty();
 }
 
+// Technique, textures and table go with their last holders.
 eRenderNightLight::~eRenderNightLight()
 {
-    delete m_pTechnique;
-    delete m_pTexture;
-    delete m_pColorTableTexture;
-    delete m_pColorTable;
+    m_pTechnique.Reset();
+    m_pTexture.Reset();
+    m_pColorTableTexture.Reset();
+    m_pColorTable.Reset();
 }
 
 eRenderable::Type eRenderNightLight::GetType()
@@ -40,7 +39,7 @@ void eRenderNightLight::SetColorTable(eColorTable* table)
     if (!table)
         return;
     if (!m_pColorTable)
-        m_pColorTable = new eColorTable();
+        m_pColorTable.Reset(new eColorTable());
     *m_pColorTable = *table;
 }
 
@@ -74,10 +73,10 @@ unsigned char eRenderNightLight::Initialize(eRenderEngine* engine)
         camera->GetSceneMode() != eSM_GLOBE)
         return m_bInitialized;
     // Grey values to look up when there is a table, colours to use as they are when not.
-    m_pTexture = LoadImageTexture(m_pColorTable ? 8 : 24);
+    m_pTexture.Reset(LoadImageTexture(m_pColorTable ? 8 : 24));
     if (!m_pTexture)
         return 0;
-    m_pColorTableTexture = CreateColorTable();
+    m_pColorTableTexture.Reset(CreateColorTable());
     m_bInitialized = 1;
     return m_bInitialized;
 }
@@ -115,12 +114,9 @@ eTexture* eRenderNightLight::CreateColorTable()
 
 unsigned char eRenderNightLight::UnInitialize(eRenderEngine*)
 {
-    delete m_pTexture;
-    delete m_pColorTableTexture;
-    delete m_pTechnique;
-    m_pTexture = nullptr;
-    m_pColorTableTexture = nullptr;
-    m_pTechnique = nullptr;
+    m_pTexture.Reset(); // each freed here unless a copy still holds it
+    m_pColorTableTexture.Reset();
+    m_pTechnique.Reset();
     m_bInitialized = 0;
     return 1;
 }
@@ -181,7 +177,7 @@ unsigned char eRenderNightLight::UpdateRenderQueue(eRenderEngine*, eCamera*, eVi
                                                    eRenderQueue* queue)
 {
     if (!m_pTechnique)
-        m_pTechnique = CreateTechnique();
+        m_pTechnique.Reset(CreateTechnique());
     if (m_pTechnique && queue)
         queue->GetQueueGroup(6)->AddSolidTextureRenderable(m_pTechnique, this);
     return 1;

@@ -6,6 +6,7 @@
 #include "eColorTable.h"
 #include "eRect.h"
 #include "eRenderable.h"
+#include "eShared.h"
 #include "eString.h"
 
 namespace KYR
@@ -18,7 +19,8 @@ class eRenderNightLight : public eRenderable
 {
 public:
     eRenderNightLight();
-    // Member-wise: a copy shares textures, table and technique with its source.
+    // Member-wise: a copy shares textures, table and technique with its source; the last
+    // holder frees them.
     eRenderNightLight(eRenderNightLight const&) = default;
     eRenderNightLight& operator=(eRenderNightLight const&) = default;
     ~eRenderNightLight() override;
@@ -46,12 +48,12 @@ protected:
     eTexture* LoadImageTexture(int bitsPerPixel);
 
     unsigned char m_bInitialized;
-    eTechnique* m_pTechnique;
-    eTexture* m_pTexture;
+    eShared<eTechnique> m_pTechnique;
+    eShared<eTexture> m_pTexture;
     eRect2D m_rcImageBound;
     eString m_strImagePath;
-    eColorTable* m_pColorTable;
-    eTexture* m_pColorTableTexture;
+    eShared<eColorTable> m_pColorTable;
+    eShared<eTexture> m_pColorTableTexture;
 };
 
 } // namespace KYR

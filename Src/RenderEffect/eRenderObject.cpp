@@ -35,72 +35,20 @@ void DropCpuCopies(eMesh* mesh)
 } // namespace
 
 eRenderObject::eRenderObject()
-    : m_bInitialized(0), m_nProjectionKind(0), m_eRenderMode(eRM_FILL), m_pMaterial(nullptr),
-      m_pTexture(nullptr), m_dSquaredViewDepth(0.0)
+    : m_bInitialized(0), m_nProjectionKind(0), m_eRenderMode(eRM_FILL), m_dSquaredViewDepth(0.0)
 {
     init_callbacks();
     m_nRenderQueueId = 5;
 }
 
-eRenderObject::eRenderObject(eRenderObject const& other) : eRenderable(other)
-{
-    ShareFrom(other);
-}
-
-eRenderObject& eRenderObject::operator=(eRenderObject const& other)
-{
-    if (this == &other)
-        return *this;
-    FreeOwned();
-    eRenderable::operator=(other);
-    ShareFrom(other);
-    return *this;
-}
-
-void eRenderObject::ShareFrom(eRenderObject const& other)
-{
-    m_bInitialized = other.m_bInitialized;
-    m_nProjectionKind = other.m_nProjectionKind;
-    m_eRenderMode = other.m_eRenderMode;
-    m_arMeshes = other.m_arMeshes;
-    m_pMaterial = other.m_pMaterial;
-    m_pTexture = other.m_pTexture;
-    m_Matrix = other.m_Matrix;
-    m_dSquaredViewDepth = other.m_dSquaredViewDepth;
-    m_pCallbackUser = other.m_pCallbackUser;
-    m_pfnCallbackRender = other.m_pfnCallbackRender;
-    m_pSharedMaterial = m_pMaterial;
-    m_pSharedTexture = m_pTexture;
-    m_nSharedMeshes = m_arMeshes.size();
-}
-
-// Frees what this object owns, in the destructor's order: material, texture, then the
-// buffers and the meshes it added itself.
-void eRenderObject::FreeOwned()
-{
-    if (m_pMaterial != m_pSharedMaterial)
-        delete m_pMaterial;
-    m_pMaterial = nullptr;
-    if (m_pTexture != m_pSharedTexture)
-        delete m_pTexture;
-    m_pTexture = nullptr;
-    for (size_t i = m_nSharedMeshes; i < m_arMeshes.size(); ++i)
-    {
-        if (!m_arMeshes[i])
-            continue;
-        m_arMeshes[i]->GetVertexData()->Delete();
-        m_arMeshes[i]->GetIndexData()->Delete();
-        delete m_arMeshes[i];
-    }
-    m_arMeshes.clear();
-    m_pSharedMaterial = nullptr;
-    m_pSharedTexture = nullptr;
-    m_nSharedMeshes = 0;
-}
-
+// Material, texture, then the meshes, each freed when this was its last holder. The last
+// holder of a mesh also releases its buffers: deleting a mesh deletes its hardware buffers,
+// which is what DestroyBuffer would do, without touching the buffers a copy still draws.
 eRenderObject::~eRenderObject()
 {
-    FreeOwned();
+    m_pMaterial.Reset();
+    m_pTexture.Reset();
+    m_arMeshes.clear();
 }
 
 void eRenderObject::init_callbacks()
@@ -172,12 +120,24 @@ double eRenderObject::GetSquaredViewDepth(eCamera*)
 
 void eRenderObject::AddMesh(eMesh* mesh)
 {
-    m_arMeshes.push_back(mesh);
+    for (eShared<eMesh> const& held : m_arMeshes)
+        if (mesh && held.Get() == mesh)
+        {
+            m_arMeshes.push_back(held);
+            return;
+        }
+    m_arMeshes.push_back(eShared<eMesh>(mesh));
+}
+
+void eRenderObject::SetMaterial(eMaterial* material)
+{
+    if (material != m_pMaterial.Get())
+        m_pMaterial.Reset(material);
 }
 
 eMesh* eRenderObject::GetMesh(int index)
 {
-    return (unsigned int)index < (unsigned int)m_arMeshes.size() ? m_arMeshes[(size_t)index]
+    return (unsigned int)index < (unsigned int)m_arMeshes.size() ? m_arMeshes[(size_t)index].Get()
                                                                  : nullptr;
 }
 
@@ -188,11 +148,9 @@ void eRenderObject::SetMatrix(eMatrix4T<double> const& matrix)
 
 void eRenderObject::SetTextureFile(eString file)
 {
-    // A texture shared with the object this one was copied from stays with that object.
-    if (m_pTexture != m_pSharedTexture)
-        delete m_pTexture;
-    m_pSharedTexture = nullptr;
-    m_pTexture = eTextureOperator::GetSingleton().CreateTexture(file, eTWM_REPEAT, eTFM_LINEAR);
+    m_pTexture.Reset(); // freed here unless a copy still holds it
+    m_pTexture.Reset(
+        eTextureOperator::GetSingleton().CreateTexture(file, eTWM_REPEAT, eTFM_LINEAR));
 }
 
 void eRenderObject::connectCallbackRender(void* user, void (*fn)(void*))

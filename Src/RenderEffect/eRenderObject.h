@@ -3,6 +3,7 @@
 #pragma once
 #include "eMatrix4.h"
 #include "eRenderable.h"
+#include "eShared.h"
 #include "eString.h"
 #include "eVector3.h"
 #include <vector>
@@ -26,11 +27,10 @@ class eRenderObject : public eRenderable
 {
 public:
     eRenderObject();
-    // Copies share the meshes, material and texture as they stand. The copy does not
-    // free what it shares: destroying either leaves the other's pointers as they are,
-    // and destroying both frees each thing once.
-    eRenderObject(eRenderObject const& other);
-    eRenderObject& operator=(eRenderObject const& other);
+    // Copies share the meshes, material and texture; the last holder of each frees it, so
+    // copies may be destroyed and assigned in any order.
+    eRenderObject(eRenderObject const&) = default;
+    eRenderObject& operator=(eRenderObject const&) = default;
     ~eRenderObject() override;
 
     Type GetType() override;
@@ -41,12 +41,15 @@ public:
     unsigned char UpdateRenderQueue(eRenderEngine*, eCamera*, eViewport*, eRenderQueue*) override;
 
     using eRenderable::Reset;
+    // The object takes the mesh; a mesh it holds already is shared, not taken twice.
     virtual void AddMesh(eMesh*);
     virtual unsigned char Reset();
     virtual void RenderCallBack();
 
     eMesh* GetMesh(int index);
-    void SetMaterial(eMaterial* material) { m_pMaterial = material; }
+    // The object takes the material. It no longer holds the one it had, which goes with its
+    // last holder (a copy may still hold it).
+    void SetMaterial(eMaterial* material);
     eMaterial* GetMaterial() { return m_pMaterial; }
     void SetMatrix(eMatrix4T<double> const& matrix);
     eMatrix4T<float> GetMatrix() { return m_Matrix; }
@@ -68,9 +71,9 @@ protected:
     unsigned char m_bInitialized;
     int m_nProjectionKind;
     EnRenderMode m_eRenderMode;
-    std::vector<eMesh*> m_arMeshes;
-    eMaterial* m_pMaterial;
-    eTexture* m_pTexture;
+    std::vector<eShared<eMesh>> m_arMeshes;
+    eShared<eMaterial> m_pMaterial;
+    eShared<eTexture> m_pTexture;
     eMatrix4T<float> m_Matrix;
     double m_dSquaredViewDepth;
     void* m_pCallbackUser;
@@ -78,13 +81,6 @@ protected:
 
 private:
     void init_callbacks();
-    void ShareFrom(eRenderObject const& other);
-    void FreeOwned();
-
-    // What this object holds only as a copy of another; everything else it owns.
-    eMaterial* m_pSharedMaterial = nullptr;
-    eTexture* m_pSharedTexture = nullptr;
-    size_t m_nSharedMeshes = 0;
 };
 
 } // namespace KYR

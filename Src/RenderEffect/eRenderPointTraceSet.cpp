@@ -5,7 +5,6 @@
 #include "eMesh.h"
 #include "eProgram.h"
 #include "eRenderEngine.h"
-#include <climits>
 #include <cstring>
 #include <epoxy/gl.h>
 
@@ -14,18 +13,23 @@ namespace KYR
 
 namespace
 {
-unsigned int const kDynamicDraw = 35048; // GL_DYNAMIC_DRAW
-int const kCornerVertices = 6;           // two triangles per position without the geometry shader
+char const* const kSource = "Src/RenderEffect/eRenderPointTraceSet";
+int const kCornerVertices = 6; // two triangles per position without the geometry shader
 
-// Asks for the start of a trace's window ahead of its turn: the traces lie scattered in
-// memory, and the walk of each window otherwise begins with a cache miss.
+// Asks for what a trace's window reads ahead of its turn: the traces lie scattered in
+// memory, and each window otherwise begins with cache misses. The window's two ends in
+// the positions, from which the window search starts.
 void Prefetch(ePointTrace const* trace)
 {
-    if (!trace || trace->m_nFirstIndex >= (int)trace->m_arPositions.size())
+    if (!trace)
         return;
-    char const* p = reinterpret_cast<char const*>(&trace->m_arPositions[trace->m_nFirstIndex]);
-    for (int line = 0; line < 4; ++line)
-        __builtin_prefetch(p + line * 64);
+    int n = (int)trace->m_arPositions.size(), s = trace->m_nFirstIndex;
+    int e = s + (trace->m_nWindowCount > 0 ? trace->m_nWindowCount - 1 : 0);
+    if (s < 0 || e + 1 >= n)
+        return;
+    __builtin_prefetch(&trace->m_arPositions[s]);
+    __builtin_prefetch(&trace->m_arPositions[e]);
+    __builtin_prefetch(&trace->m_arPositions[e + 1]);
 }
 } // namespace
 
@@ -61,7 +65,7 @@ unsigned char eRenderPointTraceSet::UnInitialize(eRenderEngine*)
 {
     DestroyBuffers();
     RemoveAllPointTrace();
-    std::vector<ePointTrace*>().swap(m_arPointTraces);
+    std::vector<eShared<ePointTrace>>().swap(m_arPointTraces);
     m_bInitialized = 0;
     return 1;
 }
@@ -87,9 +91,10 @@ unsigned char eRenderPointTraceSet::RenderVertexBuffer(eRenderEngine* engine, eR
     eDataSetFrame::SetClockUniforms(engine, program, m_fCurTime, m_fStartTime, m_fEndTime,
                                     m_fTraceTime);
     UpdateProgram(engine, rs, camera, program);
-    // The programs also read the following position of the track, one position ahead.
-    if (!eDataSetFrame::BindVertexData(m_pVertexData, m_nVerticesPerPoint))
+    if (!eDataSetFrame::BindVertexData(m_pVertexData))
         return 0;
+    // The programs read the following position of a track from the same buffer.
+    eDataSetFrame::BindTrackStorage(m_pVertexData);
     int h = m_nHead, n = m_nCount;
     // The second number is a slot to stop before: after the ring has wrapped, the slots
     // from n - h up to n are left out of the first call. Kept as the engine has it.
@@ -97,7 +102,8 @@ unsigned char eRenderPointTraceSet::RenderVertexBuffer(eRenderEngine* engine, eR
         RenderQueue(engine, rs, program, h, n - h);
     if (h > 0)
         RenderQueue(engine, rs, program, 0, h);
-    eDataSetFrame::UnbindVertexData(m_pVertexData, m_nVerticesPerPoint);
+    eDataSetFrame::UnbindTrackStorage();
+    eDataSetFrame::UnbindVertexData(m_pVertexData);
     return 1;
 }
 
@@ -113,6 +119,7 @@ unsigned char eRenderPointTraceSet::RenderQueue(eRenderEngine*, eRenderSystem*,
     p->Uniform1f(u->m_nCustom[eDataSetFrame::eR_OWN], m_fPointSize);
     GLenum mode = m_bGeometryShader ? GL_POINTS : GL_TRIANGLES;
     int range = m_nTraceSize * m_nVerticesPerPoint;
+    int vertices = eDataSetFrame::BufferVertices(m_pVertexData);
     for (int slot = begin; slot < end; ++slot)
     {
         ePointTrace* trace = Slot(slot);
@@ -121,7 +128,14 @@ unsigned char eRenderPointTraceSet::RenderQueue(eRenderEngine*, eRenderSystem*,
         // The tail has passed the last position: nothing left to show.
         if (m_fCurTime - m_fTraceTime > trace->m_arPositions.back().w)
             continue;
-        glDrawArrays(mode, range * slot, trace->m_nWindowCount * m_nVerticesPerPoint);
+        int first = range * slot, count = trace->m_nWindowCount * m_nVerticesPerPoint;
+        // A window longer than its slot spills into the next; never beyond the buffer.
+        if (count > vertices - first)
+            count = vertices - first > 0 ? vertices - first : 0;
+        // Each vertex reads the position after its own, but never past the first vertex of
+        // the window's last position: the head of a trace stays inside its own window.
+        glVertexAttribI1i(eAI_ATTRIB1, first + count - m_nVerticesPerPoint);
+        glDrawArrays(mode, first, count);
     }
     m_fCurTime += m_fSpeedPerFrame;
     return 1;
@@ -150,34 +164,31 @@ unsigned char eRenderPointTraceSet::CreateBuffers()
 {
     if (m_pVertexData)
         return 1;
-    m_pVertexData = CreateVertexBuffer();
-    if (m_pVertexData->GetHardwareBuffer())
-        return 1;
-    int stride = m_pVertexData->GetVertexStride();
-    long long bytes = (long long)m_nPoolSize * m_nTraceSize * m_nVerticesPerPoint * stride;
-    eHardwareVertexBuffer* buffer = eHardwareBufferManager::GetSingleton().CreateVertexBuffer();
-    buffer->SetVertexStride(stride);
-    if (bytes > 0 && bytes <= INT_MAX)
-        buffer->Allocate(kDynamicDraw, 1, (int)bytes, nullptr);
-    m_pVertexData->SetHardwareBuffer(buffer);
+    m_pVertexData.Reset(CreateVertexBuffer());
+    eDataSetFrame::CreateSlotBuffer(m_pVertexData,
+                                    (long long)m_nPoolSize * m_nTraceSize * m_nVerticesPerPoint);
+    CreateSlotCaches(m_nPoolSize, m_nTraceSize);
     return 1;
 }
 
 unsigned char eRenderPointTraceSet::DestroyBuffers()
 {
-    if (m_pVertexData)
-    {
-        m_pVertexData->Delete();
-        delete m_pVertexData;
-        m_pVertexData = nullptr;
-    }
+    // The store and its buffer go when the last copy that shares them lets go.
+    m_pVertexData.Reset();
+    m_pWindowCache.Reset();
+    m_pBufferShadow.Reset();
     return 1;
 }
 
 unsigned char eRenderPointTraceSet::UpdateVertexBuffer(ePointTrace* trace, eVertexData* data, int k,
                                                        eVector4T<double>& position)
 {
-    eVector4T<float> v = PositionToLocal(trace->m_nSpatialRefType, position);
+    // Inside UpdateTrace the window's floats are ready; anything else is converted here.
+    eVector4T<float> const* local = nullptr;
+    if (m_nWindowSlot >= 0 && trace->m_nFirstIndex + k < (int)trace->m_arPositions.size() &&
+        &position == &trace->m_arPositions[trace->m_nFirstIndex + k])
+        local = m_pWindowCache->At(m_nWindowSlot, trace->m_nFirstIndex + k);
+    eVector4T<float> v = local ? *local : PositionToLocal(trace->m_nSpatialRefType, position);
     unsigned char* out = data->GetVertex(k * m_nVerticesPerPoint);
     if (!out)
         return 0;
@@ -189,22 +200,14 @@ unsigned char eRenderPointTraceSet::UpdateVertexBuffer(ePointTrace* trace, eVert
 void eRenderPointTraceSet::SetPoolSize(int size)
 {
     m_nPoolSize = size;
-    // Earlier entries are dropped, not freed.
-    m_arPointTraces.assign(size > 0 ? (size_t)size : 0, nullptr);
+    // Earlier entries are dropped; copies that share them keep them.
+    m_arPointTraces.assign(size > 0 ? (size_t)size : 0, eShared<ePointTrace>());
 }
 
 unsigned char eRenderPointTraceSet::AddPointTrace(ePointTrace const* trace)
 {
-    if (m_nCount < m_nPoolSize)
-    {
-        // A record that cannot be uploaded yet keeps its slot; Initialize uploads it.
-        if (!UpdatePointTrace(m_nCount, trace))
-            ++m_nCount;
-        return 1;
-    }
-    m_nHead = m_nCount > 0 ? m_nHead % m_nCount : 0;
-    if (UpdatePointTrace(m_nHead, trace))
-        ++m_nHead;
+    eDataSetFrame::AddToRing(m_nPoolSize, m_nCount, m_nHead,
+                             [&](int slot) { return UpdatePointTrace(slot, trace); });
     return 1;
 }
 
@@ -212,16 +215,19 @@ unsigned char eRenderPointTraceSet::UpdatePointTrace(int index, ePointTrace cons
 {
     if (!trace)
     {
-        Eassert("pPoint != NULL", __FILE__, __LINE__);
+        Eassert("pPoint != NULL", kSource, __LINE__);
         return 0;
     }
     if (index < 0 || index >= m_nPoolSize || index >= (int)m_arPointTraces.size())
         return 0;
-    ePointTrace*& slot = m_arPointTraces[index];
+    eShared<ePointTrace>& slot = m_arPointTraces[index];
     if (!slot)
-        slot = new ePointTrace(*trace);
+        slot.Reset(new ePointTrace(*trace));
     else if (slot != trace)
         *slot = *trace;
+    // New or changed positions: converted again when next shown.
+    if (m_pWindowCache)
+        m_pWindowCache->Forget(index);
     if (!UpdateTrace(index, slot))
         return 0;
     if (m_nCount < index + 1)
@@ -236,11 +242,8 @@ ePointTrace* eRenderPointTraceSet::GetPointTrace(int index)
 
 void eRenderPointTraceSet::RemoveAllPointTrace()
 {
-    for (ePointTrace*& trace : m_arPointTraces)
-    {
-        delete trace;
-        trace = nullptr;
-    }
+    for (eShared<ePointTrace>& trace : m_arPointTraces)
+        trace.Reset();
     m_nHead = 0;
     m_nCount = 0;
 }
@@ -250,70 +253,93 @@ unsigned char eRenderPointTraceSet::Update()
     int n = (int)m_arPointTraces.size();
     if (n == 0)
         return 0;
+    BeginSlotPass();
     for (int i = 0; i < n; ++i)
     {
         m_nUpdateIndex %= n;
-        Prefetch(m_arPointTraces[(m_nUpdateIndex + 1) % n]);
+        // The record two ahead, then what the record one ahead points to.
+        char const* ahead =
+            reinterpret_cast<char const*>(m_arPointTraces[(m_nUpdateIndex + 2) % n].Get());
+        if (ahead)
+        {
+            __builtin_prefetch(ahead);
+            __builtin_prefetch(ahead + sizeof(ePointTrace) - 1);
+        }
+        int next = (m_nUpdateIndex + 1) % n;
+        Prefetch(m_arPointTraces[next]);
+        if (m_pWindowCache && m_arPointTraces[next])
+            m_pWindowCache->Prefetch(next, m_arPointTraces[next]->m_nFirstIndex);
         if (ePointTrace* trace = m_arPointTraces[m_nUpdateIndex])
             UpdateTrace(m_nUpdateIndex, trace);
         ++m_nUpdateIndex;
     }
+    EndSlotPass();
     return 1;
 }
 
 unsigned char eRenderPointTraceSet::FindPointTraceIndex(ePointTrace* trace, float t0, float t1,
                                                         int& first, int& last)
 {
-    first = -1;
-    last = -1;
     std::vector<eVector4T<double>> const& pos = trace->m_arPositions;
-    int n = (int)pos.size(), i = trace->m_nFirstIndex < 0 ? 0 : trace->m_nFirstIndex;
-    while (i < n && !(pos[i].w > t0))
-        ++i;
-    if (i >= n)
-        return 0;
-    first = i > 0 ? i - 1 : 0;
-    for (i = first; i < n; ++i)
-        if (pos[i].w > t1)
-        {
-            last = i;
-            break;
-        }
-    return last > 0;
+    return eDataSetFrame::FindWindow(pos.data(), (int)pos.size(), trace->m_nFirstIndex, t0, t1,
+                                     first, last);
 }
 
 unsigned char eRenderPointTraceSet::UpdateTrace(int index, ePointTrace* trace)
 {
     if (!m_pVertexData || !trace)
         return 0;
-    // The window already reaches the end of the path: it keeps showing its last stretch.
-    if ((int)trace->m_arPositions.size() <= trace->m_nFirstIndex + trace->m_nWindowCount)
+    std::vector<eVector4T<double>>& pos = trace->m_arPositions;
+    int kind = trace->m_nSpatialRefType;
+    eDataSetFrame::eWindowCache* cache = m_pWindowCache;
+    unsigned char rising = cache ? cache->Bind(index, ConversionStamp(), trace, pos, kind) : 0;
+    float t0, t1;
+    eDataSetFrame::WindowTimes(m_fCurTime, m_fTraceTime, m_fStartTime, m_fEndTime, t0, t1);
+    // Most frames a window stays where it was; the cache tells so without the positions.
+    bool same =
+        rising && cache->Holds(index, pos, trace->m_nFirstIndex, trace->m_nWindowCount, t0, t1);
+    if (!same && !eDataSetFrame::MoveWindow(pos.data(), (int)pos.size(), t0, t1,
+                                            trace->m_nFirstIndex, trace->m_nWindowCount, rising))
         return 0;
-    float t0 = m_fCurTime - m_fTraceTime, t1 = m_fCurTime;
-    if (t0 < m_fStartTime)
-        t0 = m_fStartTime;
-    if (t1 > m_fEndTime)
-        t1 = m_fEndTime;
-    int s, e;
-    if (!FindPointTraceIndex(trace, t0, t1, s, e) || s < 0)
-        return 0;
-    trace->m_nFirstIndex = s;
-    // The position after t1 is included so the head can be placed between the last two.
-    trace->m_nWindowCount = e - s + 1;
-    int count = trace->m_nWindowCount * m_nVerticesPerPoint;
+    int s = trace->m_nFirstIndex, n = trace->m_nWindowCount, e = s + n - 1;
+    int count = n * m_nVerticesPerPoint;
     m_pVertexData->SetVertexSize(count);
-    for (int k = s; k <= e; ++k)
-        UpdateVertexBuffer(trace, m_pVertexData, k - s, trace->m_arPositions[k]);
-    int stride = m_pVertexData->GetVertexStride();
-    if (eHardwareVertexBuffer* buffer = m_pVertexData->GetHardwareBuffer())
-        buffer->WriteData(m_nTraceSize * m_nVerticesPerPoint * stride * index, stride * count,
-                          m_pVertexData->GetVertex(0));
+    bool cached = same || (cache && cache->Prepare(index, pos, s, n,
+                                                   [&](eVector4T<double> const& p)
+                                                   { return ConvertLocal(kind, p); }));
+    bool bulk = cached && WritesOwnVertices();
+    if (!bulk)
+    {
+        m_nWindowSlot = cached ? index : -1;
+        for (int k = s; k <= e; ++k)
+            UpdateVertexBuffer(trace, m_pVertexData, k - s, pos[k]);
+        m_nWindowSlot = -1;
+    }
+    PutWindow(index, m_nTraceSize * m_nVerticesPerPoint, s, n, bulk);
     return 1;
+}
+
+unsigned char eRenderPointTraceSet::WritesOwnVertices()
+{
+#if defined(__GNUC__) && !defined(__clang__)
+    // This object's UpdateVertexBuffer against this class's own: a bound member pointer
+    // gives the function a virtual call would reach.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wpmf-conversions"
+    using Write = unsigned char (*)(eRenderPointTraceSet*, ePointTrace*, eVertexData*, int,
+                                    eVector4T<double>&);
+    return (Write)(this->*(&eRenderPointTraceSet::UpdateVertexBuffer)) ==
+           (Write)(&eRenderPointTraceSet::UpdateVertexBuffer);
+#pragma GCC diagnostic pop
+#else
+    return 0;
+#endif
 }
 
 ePointTrace* eRenderPointTraceSet::Slot(int index) const
 {
-    return index >= 0 && index < (int)m_arPointTraces.size() ? m_arPointTraces[index] : nullptr;
+    return index >= 0 && index < (int)m_arPointTraces.size() ? m_arPointTraces[index].Get()
+                                                             : nullptr;
 }
 
 } // namespace KYR

@@ -1,9 +1,10 @@
 // Point traces: a fixed ring of trace slots, each owning a fixed range of one dynamic
 // vertex buffer. Every frame the window of each trace is written into its range and drawn
-// as a chain of point sprites.
+// as a chain of point sprites. Copies share the traces; the last holder frees them.
 #pragma once
 #include "ePointTrace.h"
 #include "eRenderTraceSet.h"
+#include "eShared.h"
 #include <vector>
 
 namespace KYR
@@ -15,7 +16,7 @@ public:
     eRenderPointTraceSet();
     eRenderPointTraceSet(eRenderPointTraceSet const&) = default;
     eRenderPointTraceSet& operator=(eRenderPointTraceSet const&) = default;
-    // Frees the pool vector only; traces and buffers go with UnInitialize.
+    // Traces and buffers go with UnInitialize, or with the last copy that holds them.
     ~eRenderPointTraceSet() override;
 
     Type GetType() override;
@@ -42,7 +43,9 @@ public:
     float GetPointSize() const { return m_fPointSize; }
     void SetPointColor(eVector4T<unsigned char> const& color) { m_PointColor = color; }
     eVector4T<unsigned char> GetPointColor() const { return m_PointColor; }
-    std::vector<ePointTrace*>& GetPointTraces() { return m_arPointTraces; }
+    // The pool. A trace held here whose positions are changed in place is handed back with
+    // UpdatePointTrace(i, trace), which converts its positions again.
+    std::vector<eShared<ePointTrace>>& GetPointTraces() { return m_arPointTraces; }
     unsigned char IsGeometryShader() const { return m_bGeometryShader; }
 
     unsigned char AddPointTrace(ePointTrace const* trace);
@@ -70,7 +73,15 @@ protected:
     int m_nUpdateIndex;
     int m_nHead;
     int m_nCount;
-    std::vector<ePointTrace*> m_arPointTraces;
+    std::vector<eShared<ePointTrace>> m_arPointTraces;
+
+private:
+    // Whether this object writes its vertices with this class's UpdateVertexBuffer: a
+    // window's floats are then written in bulk, with the bytes it would write one by one.
+    unsigned char WritesOwnVertices();
+
+    // The slot whose prepared window UpdateTrace is writing; -1 outside it.
+    int m_nWindowSlot = -1;
 };
 
 } // namespace KYR

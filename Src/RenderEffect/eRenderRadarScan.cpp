@@ -11,8 +11,8 @@ namespace KYR
 {
 
 eRenderRadarScan::eRenderRadarScan()
-    : m_pColorTable(nullptr), m_nTextureTrans(100), m_fStartVisibleAz(0.0f),
-      m_fEndVisibleAz(360.0f), m_vPosition(0.0f, 0.0f, 0.0f)
+    : m_nTextureTrans(100), m_fStartVisibleAz(0.0f), m_fEndVisibleAz(360.0f),
+      m_vPosition(0.0f, 0.0f, 0.0f)
 {
     eMaterial* material = new eMaterial();
     ePass* pass = material->CreateTechnique()->CreatePass();
@@ -26,7 +26,7 @@ eRenderRadarScan::eRenderRadarScan()
     SetMaterial(material);
 }
 
-// The colour table outlives this object while a copy still holds it.
+// The colour table goes with its last holder.
 eRenderRadarScan::~eRenderRadarScan() {}
 
 unsigned char eRenderRadarScan::Initialize(eRenderEngine* engine)
@@ -53,10 +53,9 @@ unsigned char eRenderRadarScan::Render(eRenderEngine* engine, eRenderSystem* rs,
 
 void eRenderRadarScan::SetColorTable(eString file, int filter)
 {
-    m_spColorTableOwner.reset();
-    m_pColorTable = eTextureOperator::GetSingleton().CreateTexture(file, eTWM_CLAMP_TO_EDGE,
-                                                                   (eTextureFilterMode)filter);
-    m_spColorTableOwner.reset(m_pColorTable);
+    m_pColorTable.Reset(); // freed here unless a copy still holds it
+    m_pColorTable.Reset(eTextureOperator::GetSingleton().CreateTexture(file, eTWM_CLAMP_TO_EDGE,
+                                                                       (eTextureFilterMode)filter));
 }
 
 unsigned char eRenderRadarScan::StartRender(eRenderEngine* engine, eRenderSystem* rs,

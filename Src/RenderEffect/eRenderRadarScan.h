@@ -2,7 +2,6 @@
 // between two azimuths around the radar position.
 #pragma once
 #include "eRenderObject.h"
-#include <memory>
 
 namespace KYR
 {
@@ -11,6 +10,7 @@ class eRenderRadarScan : public eRenderObject
 {
 public:
     eRenderRadarScan();
+    // Copies share the colour table as well as what the base shares.
     eRenderRadarScan(eRenderRadarScan const&) = default;
     eRenderRadarScan& operator=(eRenderRadarScan const&) = default;
     ~eRenderRadarScan() override;
@@ -28,15 +28,11 @@ public:
 protected:
     unsigned char StartRender(eRenderEngine*, eRenderSystem*, eCamera*, eViewport*) override;
 
-    eTexture* m_pColorTable;
+    eShared<eTexture> m_pColorTable;
     int m_nTextureTrans;
     float m_fStartVisibleAz;
     float m_fEndVisibleAz;
     eVector3T<float> m_vPosition;
-
-private:
-    // Copies share the colour table as they share its pointer; the last one frees it.
-    std::shared_ptr<eTexture> m_spColorTableOwner;
 };
 
 } // namespace KYR

@@ -60,6 +60,19 @@ bool RayHits(eVector3T<double> const& origin, eVector3T<double> const& dir,
     return true;
 }
 
+void DeleteTexture(unsigned int name)
+{
+    glDeleteTextures(1, &name);
+}
+
+// A new texture name that its last holder deletes.
+eSharedName NewTexture()
+{
+    unsigned int name = 0;
+    glGenTextures(1, &name);
+    return eSharedName(name, DeleteTexture);
+}
+
 // One technique for every set, made on first use and kept for the whole process.
 eTechnique* SharedTechnique()
 {
@@ -82,11 +95,10 @@ eRenderScatterPointSet::eRenderScatterPointSet() : eRenderScatterPointSet(32) {}
 
 eRenderScatterPointSet::eRenderScatterPointSet(int gridSize)
     : m_nGridSize(gridSize), m_nPoolSize(1000000), m_nPointCount(0), m_nSpatialRefType(1),
-      m_nChoiceType(0), m_pVertexData(nullptr), m_pChoiceVertexData(nullptr), m_bInitialized(0),
-      m_bVisibleDirty(1), m_nReserved(1), m_dPointSize(50000.0),
-      m_strStylePicture(eSystem::GetWorkPath() + "Resources/Icons/ScatterPoint.png"),
-      m_nStyleTexture(0), m_nVisibleTexture(0), m_nIdBytes(4), m_nPositionBytes(16),
-      m_pfnHitCallBack(nullptr), m_pHitUserData(nullptr), m_pVisiblePixels(nullptr)
+      m_nChoiceType(0), m_bInitialized(0), m_bVisibleDirty(1), m_nReserved(1),
+      m_dPointSize(50000.0),
+      m_strStylePicture(eSystem::GetWorkPath() + "Resources/Icons/ScatterPoint.png"), m_nIdBytes(4),
+      m_nPositionBytes(16), m_pfnHitCallBack(nullptr), m_pHitUserData(nullptr)
 {
     long long tiles = (long long)gridSize * gridSize;
     m_arCategoryVisible.assign(gridSize > 0 ? (size_t)tiles : 0, 1);
@@ -99,26 +111,14 @@ eRenderScatterPointSet::~eRenderScatterPointSet()
     ReleaseResources();
 }
 
+// Each goes with its last holder: what a copy still draws with stays.
 void eRenderScatterPointSet::ReleaseResources()
 {
-    // What a copy shares is only let go of; its source frees it.
-    unsigned int owned = m_Owned.m_nBits;
-    if (owned & eOB_POINTS)
-        delete m_pVertexData;
-    m_pVertexData = nullptr;
-    if (owned & eOB_CHOICE)
-        delete m_pChoiceVertexData;
-    m_pChoiceVertexData = nullptr;
-    if ((owned & eOB_STYLE) && m_nStyleTexture)
-        glDeleteTextures(1, &m_nStyleTexture);
-    m_nStyleTexture = 0;
-    if ((owned & eOB_VISIBLE) && m_nVisibleTexture)
-        glDeleteTextures(1, &m_nVisibleTexture);
-    m_nVisibleTexture = 0;
-    if (owned & eOB_PIXELS)
-        delete[] m_pVisiblePixels;
-    m_pVisiblePixels = nullptr;
-    m_Owned.m_nBits = 0;
+    m_pVertexData.Reset();
+    m_pChoiceVertexData.Reset();
+    m_nStyleTexture.Reset();
+    m_nVisibleTexture.Reset();
+    m_pVisiblePixels.Reset();
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -164,8 +164,7 @@ void eRenderScatterPointSet::CreateBuffer()
 {
     if (m_pVertexData)
         return;
-    m_pVertexData = NewPointStore();
-    m_Owned.m_nBits |= eOB_POINTS;
+    m_pVertexData.Reset(NewPointStore());
 }
 
 int eRenderScatterPointSet::SlotOffset(eVertexData* store, int slot)
@@ -308,10 +307,7 @@ void eRenderScatterPointSet::ReCreatVisibleTexture()
     if (!m_bVisibleDirty)
         return;
     if (!m_pVisiblePixels)
-    {
-        m_pVisiblePixels = new float[(size_t)kVisibleSize * kVisibleSize];
-        m_Owned.m_nBits |= eOB_PIXELS;
-    }
+        m_pVisiblePixels.Reset(new float[(size_t)kVisibleSize * kVisibleSize]);
     std::unique_ptr<unsigned char[]> records;
     int available = m_pChoiceVertexData ? ReadRecords(m_nPointCount, records) : 0;
     if (available > 0)
@@ -332,10 +328,7 @@ void eRenderScatterPointSet::ReCreatVisibleTexture()
     }
     GLut::ActiveTexture(kTexture1);
     if (!m_nVisibleTexture)
-    {
-        glGenTextures(1, &m_nVisibleTexture);
-        m_Owned.m_nBits |= eOB_VISIBLE;
-    }
+        m_nVisibleTexture = NewTexture();
     // The category array blown up to the picture, so that the atlas coordinate of a tile
     // also addresses its visibility. With a grid that does not divide the size, the far
     // columns repeat the first tile of the next row and the far rows stay hidden.
@@ -343,7 +336,7 @@ void eRenderScatterPointSet::ReCreatVisibleTexture()
     size_t tiles = m_arCategoryVisible.size();
     for (int r = 0; r < kVisibleSize; ++r)
     {
-        float* row = m_pVisiblePixels + (size_t)r * kVisibleSize;
+        float* row = m_pVisiblePixels.Get() + (size_t)r * kVisibleSize;
         size_t base = (size_t)(r / cell) * (size_t)std::max(0, m_nGridSize);
         for (int c = 0; c < kVisibleSize; ++c)
         {
@@ -386,10 +379,7 @@ bool eRenderScatterPointSet::GetChoiceScatterPoint(int slot, int& type)
 void eRenderScatterPointSet::AddChoiceScatterPoint(int slot, eScatterPoint& point)
 {
     if (!m_pChoiceVertexData)
-    {
-        m_pChoiceVertexData = NewPointStore();
-        m_Owned.m_nBits |= eOB_CHOICE;
-    }
+        m_pChoiceVertexData.Reset(NewPointStore());
     if (slot > m_nPointCount)
         return;
     std::vector<unsigned char> bytes;
@@ -537,10 +527,7 @@ void eRenderScatterPointSet::CreateTexture()
         return;
     glEnable(GL_TEXTURE_2D);
     if (!m_nStyleTexture)
-    {
-        glGenTextures(1, &m_nStyleTexture);
-        m_Owned.m_nBits |= eOB_STYLE;
-    }
+        m_nStyleTexture = NewTexture();
     glBindTexture(GL_TEXTURE_2D, m_nStyleTexture);
     ePicture::UploadClampedLinear(image);
     delete image; // frees the pixels too

@@ -5,6 +5,7 @@
 #pragma once
 #include "eChoiceObject.h"
 #include "eRenderable.h"
+#include "eShared.h"
 #include "eString.h"
 #include <memory>
 #include <utility>
@@ -23,6 +24,8 @@ class eRenderScatterPointSet : public eRenderable
 public:
     eRenderScatterPointSet();
     explicit eRenderScatterPointSet(int gridSize);
+    // Copies share the point and highlight buffers, both textures and the staging picture;
+    // the last holder of each frees it. Category flags, slots and selection are copied.
     eRenderScatterPointSet(eRenderScatterPointSet const&) = default;
     eRenderScatterPointSet& operator=(eRenderScatterPointSet const&) = default;
     ~eRenderScatterPointSet() override;
@@ -77,15 +80,15 @@ protected:
     int m_nPointCount;
     int m_nSpatialRefType;
     int m_nChoiceType;
-    eVertexData* m_pVertexData;
-    eVertexData* m_pChoiceVertexData;
+    eShared<eVertexData> m_pVertexData;
+    eShared<eVertexData> m_pChoiceVertexData;
     unsigned char m_bInitialized;
     unsigned char m_bVisibleDirty;
     int m_nReserved;
     double m_dPointSize;
     eString m_strStylePicture;
-    unsigned int m_nStyleTexture;
-    unsigned int m_nVisibleTexture;
+    eSharedName m_nStyleTexture;
+    eSharedName m_nVisibleTexture;
     int m_nIdBytes;
     int m_nPositionBytes;
     std::vector<int> m_arFreeSlots;
@@ -94,33 +97,10 @@ protected:
     std::vector<std::pair<int, int>> m_arChoiceIndex;
     ScatterHitCallBack m_pfnHitCallBack;
     void* m_pHitUserData;
-    float* m_pVisiblePixels;
+    eShared<float[]> m_pVisiblePixels;
     std::vector<unsigned char> m_arBlankRecord;
 
 private:
-    // Which of the stores, textures and the staging picture this set made itself. A copy
-    // starts with none: it shares its source's and leaves them to the source to free.
-    enum eOwnedBit
-    {
-        eOB_POINTS = 1,
-        eOB_CHOICE = 2,
-        eOB_STYLE = 4,
-        eOB_VISIBLE = 8,
-        eOB_PIXELS = 16,
-    };
-    struct eOwned
-    {
-        unsigned int m_nBits = 0;
-        eOwned() = default;
-        eOwned(eOwned const&) {}
-        eOwned& operator=(eOwned const&)
-        {
-            m_nBits = 0;
-            return *this;
-        }
-    };
-    eOwned m_Owned;
-
     eVertexData* NewPointStore();
     void ReleaseResources();
     // Byte offset of a slot inside a buffer, or -1 when it cannot lie in one.

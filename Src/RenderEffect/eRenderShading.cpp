@@ -3,14 +3,11 @@
 namespace KYR
 {
 
-eRenderShading::eRenderShading()
-    : m_dAlphaOpacity(1.0), m_dShadingScale(1.0), m_bEnableGrid(0), m_pRasterGrid(nullptr)
-{
-}
+eRenderShading::eRenderShading() : m_dAlphaOpacity(1.0), m_dShadingScale(1.0), m_bEnableGrid(0) {}
 
 eRenderShading::~eRenderShading()
 {
-    delete m_pRasterGrid;
+    m_pRasterGrid.Reset();
 }
 
 eRenderable::Type eRenderShading::GetType()
@@ -23,7 +20,7 @@ void eRenderShading::SetRasterGrid(eRasterGrid* grid)
     if (!grid)
         return;
     if (!m_pRasterGrid)
-        m_pRasterGrid = new eRasterGrid();
+        m_pRasterGrid.Reset(new eRasterGrid());
     *m_pRasterGrid = *grid;
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 #include "eGlobeModel.h"
 #include "eRenderable.h"
+#include "eShared.h"
 
 namespace KYR
 {
@@ -10,6 +11,7 @@ class eRenderShading : public eRenderable
 {
 public:
     eRenderShading();
+    // Copies share the raster grid; the last holder frees it.
     eRenderShading(eRenderShading const&) = default;
     eRenderShading& operator=(eRenderShading const&) = default;
     ~eRenderShading() override;
@@ -28,7 +30,7 @@ protected:
     double m_dAlphaOpacity;
     double m_dShadingScale;
     unsigned char m_bEnableGrid;
-    eRasterGrid* m_pRasterGrid;
+    eShared<eRasterGrid> m_pRasterGrid;
 };
 
 } // namespace KYR

@@ -11,7 +11,7 @@
 namespace KYR
 {
 
-eTexture* eRenderTextureBlendObject::s_pMaskTexture = nullptr;
+eShared<eTexture> eRenderTextureBlendObject::s_pMaskTexture;
 int eRenderTextureBlendObject::s_refCount = 0;
 
 eRenderTextureBlendObject::eRenderTextureBlendObject()
@@ -28,16 +28,14 @@ eRenderTextureBlendObject::eRenderTextureBlendObject(eRenderTextureBlendObject c
     ++s_refCount;
 }
 
+// The textures of the list go with their last holders.
 eRenderTextureBlendObject::~eRenderTextureBlendObject()
 {
-    for (eTexture* texture : m_arTextures)
-        delete texture;
     m_arTextures.clear();
     if (--s_refCount < 1)
     {
         // The last object of the family takes the shared mask with it.
-        delete s_pMaskTexture;
-        s_pMaskTexture = nullptr;
+        s_pMaskTexture.Reset();
         s_refCount = 0;
     }
 }
@@ -75,15 +73,15 @@ unsigned char eRenderTextureBlendObject::UnInitialize(eRenderEngine*)
 void eRenderTextureBlendObject::AddTexture(unsigned char* data, int width, int height, int format)
 {
     m_nPixelFormat = format;
-    m_arTextures.push_back(eTextureOperator::GetSingleton().CreateTexture(
-        data, width, height, format, eTWM_CLAMP_TO_EDGE, eTFM_LINEAR));
+    m_arTextures.push_back(eShared<eTexture>(eTextureOperator::GetSingleton().CreateTexture(
+        data, width, height, format, eTWM_CLAMP_TO_EDGE, eTFM_LINEAR)));
 }
 
 void eRenderTextureBlendObject::SetMaskTexture(eString path)
 {
-    delete s_pMaskTexture;
-    s_pMaskTexture =
-        eTextureOperator::GetSingleton().CreateTexture(path, eTWM_CLAMP_TO_EDGE, eTFM_LINEAR);
+    s_pMaskTexture.Reset();
+    s_pMaskTexture.Reset(
+        eTextureOperator::GetSingleton().CreateTexture(path, eTWM_CLAMP_TO_EDGE, eTFM_LINEAR));
 }
 
 eRenderProgram* eRenderTextureBlendObject::FetchProgram(eRenderEngine* engine)
@@ -144,25 +142,42 @@ void eRenderTextureBlendObject::RetireTexture(eTexture* texture)
     delete texture;
 }
 
+// The texture a pending one replaces is retired by letting go of its holder: it is freed
+// once no copy's list shows it any more (at once when this object is alone). The same
+// texture handed in again keeps its holder and stays alive.
 void eRenderTextureBlendObject::TakePending(eTexture*& pending, eTexture*& current)
 {
     if (!pending)
         return;
-    if (current && current != pending) // the same texture handed in again stays alive
-        RetireTexture(current);
     current = pending;
     pending = nullptr;
     current->CreateTexture();
 }
 
-void eRenderTextureBlendObject::TakeGradationTextures(eGradationStrategy* strategy, eMutex& mutex)
+void eRenderTextureBlendObject::HoldCurrent(eTexture* current, eShared<eTexture>& slot,
+                                            eShared<eTexture> const& other)
+{
+    if (slot.Get() == current)
+        return;
+    if (!current)
+        slot.Reset(); // dropped from the strategy by its producer
+    else if (other.Get() == current)
+        slot = other; // one texture in both slots has one holder
+    else
+        slot.Reset(current, RetireTexture);
+}
+
+void eRenderTextureBlendObject::TakeGradationTextures(eGradationStrategy* strategy, eMutex& mutex,
+                                                      eGradationTextures& taken)
 {
     mutex.Lock();
     TakePending(strategy->m_pPendingTexture1, strategy->m_pTexture1);
     TakePending(strategy->m_pPendingTexture2, strategy->m_pTexture2);
+    HoldCurrent(strategy->m_pTexture1, taken.m_Slot[0], taken.m_Slot[1]);
+    HoldCurrent(strategy->m_pTexture2, taken.m_Slot[1], taken.m_Slot[0]);
     // Read while locked: a producer may drop a current texture from the strategy.
-    eTexture* first = strategy->m_pTexture1;
-    eTexture* second = strategy->m_pTexture2;
+    eShared<eTexture> first = taken.m_Slot[0];
+    eShared<eTexture> second = taken.m_Slot[1];
     int format = strategy->m_nPixelFormat;
     mutex.UnLock();
     m_arTextures.clear();

@@ -16,7 +16,8 @@ class eRenderTextureBlendObject : public eRenderObject
 {
 public:
     eRenderTextureBlendObject();
-    // Copies share the texture pointers; each copy counts as a living object of the family.
+    // Copies share the textures of the list (the last holder frees each); each copy counts
+    // as a living object of the family.
     eRenderTextureBlendObject(eRenderTextureBlendObject const& other);
     eRenderTextureBlendObject& operator=(eRenderTextureBlendObject const&) = default;
     ~eRenderTextureBlendObject() override;
@@ -34,6 +35,15 @@ public:
     void SetMaskTextureBound(eRect2D const& bound) { m_rcMaskTextureBound = bound; }
 
 protected:
+    // The textures the gradation objects took over from their strategy, one holder a slot,
+    // shared by an object's copies together with the strategy and its lock (all under that
+    // lock). The strategy frees nothing: a texture it handed over is freed by these holders
+    // once it has left the strategy and the texture lists of all copies.
+    struct eGradationTextures
+    {
+        eShared<eTexture> m_Slot[2];
+    };
+
     unsigned char StartRender(eRenderEngine*, eRenderSystem*, eCamera*, eViewport*) override;
     // The program of pass 0 of the best technique, or null.
     eRenderProgram* FetchProgram(eRenderEngine* engine);
@@ -44,17 +54,21 @@ protected:
     static void UploadAndBind(eTexture* texture, size_t unit);
     // Takes the strategy's pending textures under the lock, retiring those they replace, and
     // makes the texture list a view of the strategy's current pair.
-    void TakeGradationTextures(eGradationStrategy* strategy, eMutex& mutex);
+    void TakeGradationTextures(eGradationStrategy* strategy, eMutex& mutex,
+                               eGradationTextures& taken);
     // Frees a texture taken out of use, with its picture unless the texture releases it.
     static void RetireTexture(eTexture* texture);
     static void TakePending(eTexture*& pending, eTexture*& current);
+    // Makes slot hold current: the holder it has, the other slot's, or a new one.
+    static void HoldCurrent(eTexture* current, eShared<eTexture>& slot,
+                            eShared<eTexture> const& other);
 
     int m_nPixelFormat;
-    std::vector<eTexture*> m_arTextures;
+    std::vector<eShared<eTexture>> m_arTextures;
     int m_nTextureTrans;
     unsigned char m_bIsMask;
     eRect2D m_rcMaskTextureBound;
-    static eTexture* s_pMaskTexture;
+    static eShared<eTexture> s_pMaskTexture;
     static int s_refCount;
 };
 

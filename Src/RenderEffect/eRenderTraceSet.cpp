@@ -4,21 +4,28 @@
 #include "eDataSetFrame.h"
 #include "eMaterial.h"
 #include "eProgram.h"
+#include "eHardwareBuffer.h"
+#include "eMesh.h"
 #include "eRenderQueue.h"
 
 namespace KYR
 {
 
+namespace
+{
+char const* const kSource = "Src/RenderEffect/eRenderTraceSet";
+}
+
 eRenderTraceSet::eRenderTraceSet()
     : m_bInitialized(0), m_pCamera(nullptr), m_pCanvas(nullptr), m_bEnableDepthTest(0),
-      m_fTransparent(1.0f), m_nCurTraceCount(0), m_pTechnique(nullptr), m_pVertexData(nullptr),
-      m_nVerticesPerPoint(1), m_bUnused(0), m_fSpeedPerFrame(1.0f), m_fCurTime(0.0f),
-      m_fStartTime(0.0f), m_fEndTime(86400.0f), m_fTraceTime(1000.0f), m_nSpatialRefType(0),
-      m_vPosition(0.0, 0.0, 0.0), m_vWorldPosition(0.0, 0.0, 0.0, 0.0)
+      m_fTransparent(1.0f), m_nCurTraceCount(0), m_nVerticesPerPoint(1), m_bUnused(0),
+      m_fSpeedPerFrame(1.0f), m_fCurTime(0.0f), m_fStartTime(0.0f), m_fEndTime(86400.0f),
+      m_fTraceTime(1000.0f), m_nSpatialRefType(0), m_vPosition(0.0, 0.0, 0.0),
+      m_vWorldPosition(0.0, 0.0, 0.0, 0.0)
 {
 }
 
-// The technique goes with the last copy that holds it.
+// The technique and the store go with the last copy that holds them.
 eRenderTraceSet::~eRenderTraceSet() {}
 
 eRenderable::Type eRenderTraceSet::GetType()
@@ -60,17 +67,8 @@ unsigned char eRenderTraceSet::Create(eCamera* camera, double, eCanvas* canvas)
 {
     m_pCamera = camera;
     m_pCanvas = canvas;
-    int mode = eDataSetFrame::SceneMode(camera);
-    eVector4T<double> anchor(m_vPosition, 0.0);
-    m_vWorldPosition = PositionToWorld(m_nSpatialRefType, anchor);
-    if (mode != eSM_GLOBE)
-        return 1;
-    ePoint2D geo(0.0, 0.0);
-    if (m_nSpatialRefType == 0)
-        Eassert("false", __FILE__, __LINE__);
-    else
-        geo = eDataSetFrame::PositionToGeo(canvas, m_nSpatialRefType, m_vPosition.x, m_vPosition.y);
-    m_LocalMatrix = eDataSetFrame::LocalFrame(geo);
+    eDataSetFrame::CreateAnchor(camera, canvas, m_nSpatialRefType, m_vPosition, kSource, __LINE__,
+                                m_vWorldPosition, m_LocalMatrix);
     return 1;
 }
 
@@ -83,10 +81,7 @@ unsigned char eRenderTraceSet::UpdateRenderQueue(eRenderEngine*, eCamera*, eView
                                                  eRenderQueue* queue)
 {
     if (!m_pTechnique)
-    {
-        m_pTechnique = eDataSetFrame::CreateTechnique(m_strProgram, m_bEnableDepthTest);
-        m_spTechniqueOwner.reset(m_pTechnique);
-    }
+        m_pTechnique.Reset(eDataSetFrame::CreateTechnique(m_strProgram, m_bEnableDepthTest));
     if (queue)
         queue->GetQueueGroup(6)->AddSolidTextureRenderable(m_pTechnique, this);
     return 1;
@@ -130,10 +125,63 @@ ePoint2D eRenderTraceSet::PositionToGeo(int kind, eVector4T<double>& p)
 {
     if (kind == 0)
     {
-        Eassert("false", __FILE__, __LINE__);
+        Eassert("false", kSource, __LINE__);
         return ePoint2D(0.0, 0.0);
     }
     return eDataSetFrame::PositionToGeo(m_pCanvas, kind, p.x, p.y);
+}
+
+void eRenderTraceSet::BeginSlotPass()
+{
+    m_nBatchStamp = 0;
+    m_nBatchStamp = ConversionStamp();
+    if (m_pBufferShadow)
+        m_pBufferShadow->BeginBatch();
+}
+
+void eRenderTraceSet::EndSlotPass()
+{
+    m_nBatchStamp = 0;
+    if (m_pBufferShadow)
+        m_pBufferShadow->EndBatch(m_pVertexData ? m_pVertexData->GetHardwareBuffer() : nullptr);
+}
+
+void eRenderTraceSet::CreateSlotCaches(int slots, int slotPositions)
+{
+    m_pWindowCache.Reset(new eDataSetFrame::eWindowCache());
+    m_pWindowCache->Reset(slots, slotPositions);
+    m_pBufferShadow.Reset();
+    eHardwareVertexBuffer* buffer = m_pVertexData ? m_pVertexData->GetHardwareBuffer() : nullptr;
+    size_t slotBytes =
+        (size_t)slotPositions * m_nVerticesPerPoint * m_pVertexData->GetVertexStride();
+    // Only with the buffer in place: the shadow mirrors what it holds.
+    if (buffer && eDataSetFrame::eBufferShadow::Pays(slotBytes))
+    {
+        m_pBufferShadow.Reset(new eDataSetFrame::eBufferShadow());
+        m_pBufferShadow->Reset((size_t)buffer->GetSizeInBytes());
+    }
+}
+
+void eRenderTraceSet::PutWindow(int slot, int slotVertices, int first, int positions, bool cached)
+{
+    int vertices = positions * m_nVerticesPerPoint, stride = m_pVertexData->GetVertexStride();
+    eHardwareVertexBuffer* buffer = m_pVertexData->GetHardwareBuffer();
+    if (cached && m_pBufferShadow && stride == (int)sizeof(eVector4T<float>))
+    {
+        // Straight from the cache into the shadow: the store is not needed on the way.
+        size_t offset = (size_t)slot * slotVertices * stride;
+        if (unsigned char* out = m_pBufferShadow->Place(buffer, offset, (size_t)vertices * stride))
+        {
+            m_pWindowCache->Write(slot, first, positions, m_nVerticesPerPoint,
+                                  reinterpret_cast<eVector4T<float>*>(out));
+            m_pBufferShadow->Commit(buffer);
+        }
+        return;
+    }
+    if (cached)
+        m_pWindowCache->Write(slot, first, positions, m_nVerticesPerPoint,
+                              reinterpret_cast<eVector4T<float>*>(m_pVertexData->GetVertex(0)));
+    eDataSetFrame::UploadSlot(m_pVertexData, slot, slotVertices, vertices, m_pBufferShadow);
 }
 
 eTexture* eRenderTraceSet::CreateTexture(eString const& path)

@@ -1,13 +1,16 @@
 // Base of the trace sets: the clock with its sliding time window, the anchor given by the
 // application and its local frame, and the conversions of timed positions into it.
+// Copies share the technique, the vertex store and what follows its slots (the window
+// cache and the buffer's shadow); the last holder frees them.
 #pragma once
+#include "eDataSetFrame.h"
 #include "eMatrix4.h"
 #include "ePoint.h"
 #include "eRenderable.h"
+#include "eShared.h"
 #include "eString.h"
 #include "eVector3.h"
 #include "eVector4.h"
-#include <memory>
 
 namespace KYR
 {
@@ -74,8 +77,8 @@ protected:
     unsigned char m_bEnableDepthTest;
     float m_fTransparent;
     int m_nCurTraceCount;
-    eTechnique* m_pTechnique;
-    eVertexData* m_pVertexData;
+    eShared<eTechnique> m_pTechnique;
+    eShared<eVertexData> m_pVertexData;
     int m_nVerticesPerPoint;
     unsigned char m_bUnused; // copied, read by nothing
     float m_fSpeedPerFrame;
@@ -88,9 +91,39 @@ protected:
     eVector4T<double> m_vWorldPosition;
     eMatrix4T<float> m_LocalMatrix;
 
-private:
-    // Copies share the technique as they share its pointer; the last one frees it.
-    std::shared_ptr<eTechnique> m_spTechniqueOwner;
+    // Local floats of positions are reused while this key stands (see eDataSetFrame).
+    // Refreshed once for a pass over the slots, or before each window outside one, so a
+    // changed anchor, scene mode or coordinate system converts again.
+    unsigned long long ConversionStamp()
+    {
+        if (m_nBatchStamp)
+            return m_nBatchStamp;
+        return m_ConversionKey.Refresh(m_pCamera, m_pCanvas, m_vWorldPosition, m_LocalMatrix);
+    }
+    // Around a pass over every slot: one stamp for all, and the slots' writes gathered.
+    void BeginSlotPass();
+    void EndSlotPass();
+    // Makes the window cache, and the shadow where it pays, for the store's buffer of
+    // `slots` slots of `slotPositions` positions.
+    void CreateSlotCaches(int slots, int slotPositions);
+    // Puts a window of `positions` positions from `first` into slot `slot` (slotVertices
+    // long) of the buffer: from the window cache when `cached`, otherwise from the store,
+    // which then holds its vertices.
+    void PutWindow(int slot, int slotVertices, int first, int positions, bool cached);
+    // The converter of the stamp: PositionToLocal with this set's frame.
+    eVector4T<float> ConvertLocal(int kind, eVector4T<double> const& p)
+    {
+        return eDataSetFrame::PositionToLocal(m_pCamera, m_pCanvas, m_LocalMatrix, m_vWorldPosition,
+                                              kind, p);
+    }
+    eDataSetFrame::eConversionKey m_ConversionKey;
+    // The floats of the windows last written into the store's slots; made and dropped
+    // with the store, and shared with it by copies.
+    eShared<eDataSetFrame::eWindowCache> m_pWindowCache;
+    // The processor-side copy of the store's buffer through which the slots go up.
+    eShared<eDataSetFrame::eBufferShadow> m_pBufferShadow;
+    // The stamp of the pass over the slots under way; 0 outside one.
+    unsigned long long m_nBatchStamp = 0;
 };
 
 } // namespace KYR

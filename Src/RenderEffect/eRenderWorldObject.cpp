@@ -68,7 +68,7 @@ int AppendCount(eMesh* append)
 eRenderWorldObject::eRenderWorldObject()
     : m_fRelativeHeight(10.0f), m_eScaleType(eST_DISTANCE), m_dSelfAdaptCameraHeight(160000.0),
       m_dSize(1.0), m_eShowType(eSHT_ALL), m_nShowLevel(0), m_eColorType(eCT_UNIFORM),
-      m_UniformColor(255, 0, 0, 255), m_fStartValue(-9999.0f), m_pColorTableTexture(nullptr)
+      m_UniformColor(255, 0, 0, 255), m_fStartValue(-9999.0f)
 {
     eMaterial* material = new eMaterial();
     ePass* pass = material->CreateTechnique()->CreatePass();
@@ -85,29 +85,20 @@ eRenderWorldObject::eRenderWorldObject()
     SetMaterial(material);
 }
 
+// The colour table and the append meshes go with their last holders; deleting a texture or
+// a mesh deletes its OpenGL objects.
 eRenderWorldObject::~eRenderWorldObject()
 {
-    if (m_pColorTableTexture)
-    {
-        m_pColorTableTexture->DestroyTexture();
-        delete m_pColorTableTexture;
-        m_pColorTableTexture = nullptr;
-    }
-    for (eMesh* append : m_arAppendMeshes)
-        delete append;
+    m_pColorTableTexture.Reset();
     m_arAppendMeshes.clear();
     m_arObjectIds.clear();
 }
 
 void eRenderWorldObject::SetColorTable(std::string file)
 {
-    if (m_pColorTableTexture)
-    {
-        m_pColorTableTexture->DestroyTexture();
-        delete m_pColorTableTexture;
-    }
-    m_pColorTableTexture =
-        eTextureOperator::GetSingleton().CreateTexture(eString(file), eTWM_REPEAT, eTFM_LINEAR);
+    m_pColorTableTexture.Reset(); // freed here unless a copy still holds it
+    m_pColorTableTexture.Reset(
+        eTextureOperator::GetSingleton().CreateTexture(eString(file), eTWM_REPEAT, eTFM_LINEAR));
 }
 
 double eRenderWorldObject::ComputeScaleFactor(double& distance)
@@ -138,7 +129,7 @@ unsigned char eRenderWorldObject::Render(eRenderEngine* engine, eRenderSystem* r
     for (size_t i = 0; i < m_arMeshes.size(); ++i)
         if (m_arMeshes[i])
             DrawWithAppendMesh(m_arMeshes[i],
-                               i < m_arAppendMeshes.size() ? m_arAppendMeshes[i] : nullptr);
+                               i < m_arAppendMeshes.size() ? m_arAppendMeshes[i].Get() : nullptr);
     EndRender(engine, rs, camera, viewport);
     return started;
 }
@@ -248,7 +239,7 @@ void eRenderWorldObject::CreateAppendMeshs()
             for (int i = 0; i < count; ++i)
                 ids.push_back(ObjectNumber(source, i));
         }
-        m_arAppendMeshes.push_back(append);
+        m_arAppendMeshes.push_back(eShared<eMesh>(append));
         m_arObjectIds.push_back(ids);
     }
 }

@@ -50,6 +50,7 @@ class eRenderWorldObject : public eRenderObject
 {
 public:
     eRenderWorldObject();
+    // Copies share the colour table and the append meshes as well as what the base shares.
     eRenderWorldObject(eRenderWorldObject const&) = default;
     eRenderWorldObject& operator=(eRenderWorldObject const&) = default;
     ~eRenderWorldObject() override;
@@ -99,8 +100,8 @@ protected:
     float m_fStartValue;
     eMatrix4T<float> m_PointMatrix;
     std::string m_strReserved; // copied with the object, read by nothing
-    eTexture* m_pColorTableTexture;
-    std::vector<eMesh*> m_arAppendMeshes;
+    eShared<eTexture> m_pColorTableTexture;
+    std::vector<eShared<eMesh>> m_arAppendMeshes;
     std::vector<std::vector<int>> m_arObjectIds;
 };
 

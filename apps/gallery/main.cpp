@@ -1,16 +1,21 @@
-// kyr-gallery: renders the named scenes headless to PNG files.
+// kyr-gallery: renders the named scenes headless to PNG files, the moving ones also to
+// animated WebP files with --animate, and writes an index.html showing them all.
 #include "Gallery.h"
+#include "Output.h"
 #include "eFile.h"
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <sys/stat.h>
 
 namespace
 {
+
+int const kFrameMs = 80; // 12.5 frames a second in the animations
 
 struct Options
 {
@@ -19,6 +24,7 @@ struct Options
     int width = 1024;
     int height = 768;
     int frames = 1;
+    int animate = 0; // frames of each animation; 0: none
     std::string workPath;
     bool list = false;
 };
@@ -26,7 +32,7 @@ struct Options
 void Usage()
 {
     std::printf("usage: kyr-gallery [--list] [--scene NAME]... [--out DIR] [--size WxH]\n"
-                "                   [--frames N] [--work-path DIR]\n");
+                "                   [--frames N] [--animate N] [--work-path DIR]\n");
 }
 
 bool ParseSize(char const* s, int& w, int& h)
@@ -64,16 +70,18 @@ bool ParseArgs(int argc, char** argv, Options& o)
                 return false;
             }
         }
-        else if (a == "--frames" && hasValue)
+        else if ((a == "--frames" || a == "--animate") && hasValue)
         {
             char* end = nullptr;
             long n = std::strtol(argv[++i], &end, 10);
-            if (!end || *end || n < 1 || n > 100000)
+            long const most = a == "--frames" ? 100000 : 1000;
+            if (!end || *end || n < 1 || n > most)
             {
-                std::fprintf(stderr, "kyr-gallery: bad frame count \"%s\"\n", argv[i]);
+                std::fprintf(stderr, "kyr-gallery: bad frame count \"%s\" for %s (1 to %ld)\n",
+                             argv[i], a.c_str(), most);
                 return false;
             }
-            o.frames = (int)n;
+            (a == "--frames" ? o.frames : o.animate) = (int)n;
         }
         else
         {
@@ -107,17 +115,59 @@ bool MissingResources(Gallery::SceneDef const& def)
     return missing;
 }
 
-int RunScene(Gallery::SceneDef const& def, Options const& o)
+// Draws the frames of an animation after the still picture. A scene whose frames all equal
+// the first does not move, and gets no animation; the encoder starts at the first change.
+bool Animate(KYR::Host::eScene& scene, Gallery::SceneDef const& def, Options const& o,
+             Gallery::Card& card)
+{
+    std::vector<unsigned char> first;
+    int same = 0; // frames equal to the first, not yet encoded
+    std::unique_ptr<Gallery::AnimatedWebP> webp;
+    for (int f = 0; f < o.animate; ++f)
+    {
+        scene.RenderFrame();
+        std::vector<unsigned char> frame = scene.ReadPixels();
+        if (f == 0)
+            first = frame;
+        if (!webp && frame == first)
+        {
+            ++same;
+            continue;
+        }
+        if (!webp)
+        {
+            webp.reset(new Gallery::AnimatedWebP(o.width, o.height, kFrameMs));
+            for (; same > 0; --same)
+                webp->Add(first);
+        }
+        webp->Add(frame);
+    }
+    if (!webp)
+        return true;
+    card.animation = def.name + ".webp";
+    if (!webp->Write(o.out + "/" + card.animation))
+    {
+        std::fprintf(stderr, "kyr-gallery: scene \"%s\": %s\n", def.name.c_str(),
+                     webp->Error().c_str());
+        card.animation.clear();
+        return false;
+    }
+    std::printf("%s/%s  (%d frames)\n", o.out.c_str(), card.animation.c_str(), o.animate);
+    return true;
+}
+
+int RunScene(Gallery::SceneDef const& def, Options const& o, std::vector<Gallery::Card>& cards)
 {
     if (MissingResources(def))
         return 1;
+    // The effects outlive the scene, which uninitialises those still in it when it goes.
+    Gallery::SceneKeep keep;
     KYR::Host::eScene scene(o.width, o.height, def.mode, def.projectionType);
     if (!scene.IsReady())
     {
         std::fprintf(stderr, "kyr-gallery: no OpenGL context for scene \"%s\"\n", def.name.c_str());
         return 1;
     }
-    Gallery::SceneKeep keep;
     if (!def.build(scene, keep))
     {
         std::fprintf(stderr, "kyr-gallery: scene \"%s\" could not be built\n", def.name.c_str());
@@ -131,7 +181,9 @@ int RunScene(Gallery::SceneDef const& def, Options const& o)
         lastMs = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - t0)
                      .count();
     }
-    std::string path = o.out + "/" + def.name + ".png";
+    Gallery::Card card{def.name, def.description, def.name + ".png", "",
+                       Gallery::EffectClasses(scene)};
+    std::string path = o.out + "/" + card.picture;
     if (!scene.SavePNG(path))
     {
         std::fprintf(stderr, "kyr-gallery: cannot write \"%s\"\n", path.c_str());
@@ -139,6 +191,9 @@ int RunScene(Gallery::SceneDef const& def, Options const& o)
     }
     std::printf("%s  (%dx%d, %d frame%s, last frame %.1f ms)\n", path.c_str(), o.width, o.height,
                 o.frames, o.frames == 1 ? "" : "s", lastMs);
+    if (o.animate && !Animate(scene, def, o, card))
+        return 1;
+    cards.push_back(card);
     return 0;
 }
 
@@ -175,7 +230,16 @@ int main(int argc, char** argv)
         return 1;
     }
     int failures = 0;
+    std::vector<Gallery::Card> cards;
     for (auto const& name : o.scenes)
-        failures += RunScene(*Find(name), o);
+        failures += RunScene(*Find(name), o, cards);
+    std::string error;
+    if (!Gallery::WritePage(o.out, cards, o.width, o.height, error))
+    {
+        std::fprintf(stderr, "kyr-gallery: %s\n", error.c_str());
+        return 1;
+    }
+    std::printf("%s/index.html  (%zu scene%s)\n", o.out.c_str(), cards.size(),
+                cards.size() == 1 ? "" : "s");
     return failures ? 1 : 0;
 }

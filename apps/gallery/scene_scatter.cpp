@@ -6,6 +6,7 @@
 #include "eRenderScatterPointSet.h"
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <random>
 
 namespace
@@ -30,6 +31,17 @@ void PickSome(KYR::Host::eScene& scene, KYR::eRenderScatterPointSet& set, int co
         double depth = 0.0;
         set.Query(&scene.Engine(), &scene.Camera(), &filter, depth);
     }
+}
+
+// Reports a selection made by a click (kyr-viewer): the set hands over the selected slots and
+// their points.
+bool PrintHits(void*, std::vector<int>& slots, std::vector<KYR::eScatterPoint>& points)
+{
+    for (size_t i = 0; i < slots.size() && i < points.size(); ++i)
+        std::printf("scatter: picked point %d at longitude %.3f, latitude %.3f\n", slots[i],
+                    points[i].x, points[i].y);
+    std::fflush(stdout);
+    return true;
 }
 
 bool BuildScatter(KYR::Host::eScene& scene, Gallery::SceneKeep& keep)
@@ -62,6 +74,7 @@ bool BuildScatter(KYR::Host::eScene& scene, Gallery::SceneKeep& keep)
     set->SetScatterVisible(kHidden, false);
     scene.Add(set);
     PickSome(scene, *set, 8);
+    set->SetHitCallBackFun(PrintHits, nullptr); // after the scene's own picks: clicks only
     return true;
 }
 

@@ -11,8 +11,16 @@
 namespace KYR
 {
 
-// Reports a broken expectation (expression, file, line) and returns; the caller goes on.
+// Reports a broken expectation (expression, file, line) and returns; the caller goes on. The
+// report is printed on stderr and handed to the installed handler, if any; a null expression
+// or file reads "(null)".
 void Eassert(char const* expression, char const* file, unsigned int line);
+
+// Receives each report of Eassert, on the thread that made it. A host installs one to keep
+// its own record of the reports; the value types keep none.
+typedef void (*eAssertHandler)(char const* expression, char const* file, unsigned int line);
+// Installs handler (null for none) and returns the one it replaces. Safe from any thread.
+eAssertHandler SetAssertHandler(eAssertHandler handler);
 
 // Equality within the host's tolerance (1e-10, relative for large values).
 unsigned char Eequal(double a, double b);

@@ -1,5 +1,6 @@
-// Lock of the Basic library. Objects that hold one are copied by value, so a copy
-// gets a fresh, unlocked lock of the same kind rather than sharing or cloning state.
+// Lock of the Basic library. Copied by value, a copy gets a fresh, unlocked lock of the same
+// kind rather than sharing or cloning state; objects whose copies share what the lock guards
+// hold it as an eShared<eMutex> instead, so that the copies share the lock too.
 #pragma once
 #include <mutex>
 
@@ -44,6 +45,8 @@ class eMutexGuard
 {
 public:
     explicit eMutexGuard(eMutex& m) : m_pMutex(&m) { m_pMutex->Lock(); }
+    // For a shared lock (eShared<eMutex> reads as the pointer); must not be null.
+    explicit eMutexGuard(eMutex* m) : m_pMutex(m) { m_pMutex->Lock(); }
     ~eMutexGuard() { m_pMutex->UnLock(); }
     eMutexGuard(eMutexGuard const&) = delete;
     eMutexGuard& operator=(eMutexGuard const&) = delete;

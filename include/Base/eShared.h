@@ -4,6 +4,18 @@
 // "frees" it drops with Reset(): the object itself goes when its last holder lets go, so
 // copies may be destroyed, assigned and self-assigned in any order. Counts are atomic, so
 // holders on several threads are safe; what they point at keeps its own lock.
+//
+// How a class uses it:
+// - Members are eShared<T> / eSharedName and copy construction and assignment stay the
+//   compiler's: they copy the holders, which is what makes them safe in every order.
+// - A raw pointer handed in (AddMesh, a setter that takes ownership) is taken once, with
+//   Reset(p) or eShared<T>(p); handing in a pointer some holder already holds would free it
+//   twice, so a class that may see the same pointer again shares the holder it has instead.
+// - A destructor frees nothing by hand: it drops its holders (the members' own destructors
+//   do that), and the last holder frees. A destructor that would "destroy the buffers" of
+//   something shared leaves that to the last holder, whose delete releases them.
+// - Copies that share a pending queue or strategy share its lock too: eShared<eMutex>.
+// - A GL name whose context is gone is forgotten with Abandon(), never deleted.
 #pragma once
 #include <cstddef>
 #include <memory>
@@ -58,9 +70,14 @@ public:
     eSharedName() noexcept = default;
     eSharedName(unsigned int name, Free free) { Reset(name, free); }
 
-    void Reset() noexcept { m_p.reset(); }
+    void Reset() noexcept
+    {
+        m_p.reset();
+        m_nStale = 0;
+    }
     void Reset(unsigned int name, Free free)
     {
+        m_nStale = 0;
         if (!name)
         {
             m_p.reset();
@@ -74,9 +91,18 @@ public:
         if (m_p)
             m_p->free = nullptr;
         m_p.reset();
+        m_nStale = 0;
+    }
+    // Lets go as Reset() does (the last holder deletes the name), but Get() goes on reporting
+    // the number: for a name that is kept readable after its release. Nothing deletes it
+    // again from here, whether or not a copy still holds it.
+    void ResetKeepingNumber() noexcept
+    {
+        m_nStale = Get();
+        m_p.reset();
     }
 
-    unsigned int Get() const noexcept { return m_p ? m_p->name : 0u; }
+    unsigned int Get() const noexcept { return m_p ? m_p->name : m_nStale; }
     operator unsigned int() const noexcept { return Get(); }
     long Holders() const noexcept { return m_p.use_count(); }
 
@@ -92,6 +118,7 @@ private:
         }
     };
     std::shared_ptr<Holder> m_p;
+    unsigned int m_nStale = 0; // number kept by ResetKeepingNumber, held by no one here
 };
 
 } // namespace KYR

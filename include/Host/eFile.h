@@ -68,7 +68,8 @@ class eSystem
 public:
     // The application's working folder, always ending in '/': the environment variable
     // KYR_WORK_PATH when set, otherwise the folder given to SetWorkPath, otherwise the
-    // folder the build generated its resources into.
+    // work folder beside the host library: <build>/work/ in a build tree, and
+    // <prefix>/share/KyrRenderEffect/ once installed.
     static eString GetWorkPath();
     static void SetWorkPath(eString const& path);
 };

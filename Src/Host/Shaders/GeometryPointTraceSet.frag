@@ -1,4 +1,4 @@
-#version 330 compatibility
+#version 430 compatibility
 // A round sprite in the object colour, faded along the tail; the head is brighter.
 uniform vec4 u_color;
 uniform float u_opacity;

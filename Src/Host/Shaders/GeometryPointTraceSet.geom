@@ -1,4 +1,4 @@
-#version 330 compatibility
+#version 430 compatibility
 // roles: u_reserved u_earthPixels u_curTime u_startTime u_endTime u_traceTime u_opacity u_pointSize
 // A camera-facing square around each visible position.
 layout(points) in;

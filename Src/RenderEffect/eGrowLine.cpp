@@ -1,0 +1,8 @@
+#include "eGrowLine.h"
+
+namespace KYR
+{
+
+eGrowLine::eGrowLine() : m_fWidth(1.0f) {}
+
+} // namespace KYR

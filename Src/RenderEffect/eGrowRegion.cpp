@@ -1,0 +1,8 @@
+#include "eGrowRegion.h"
+
+namespace KYR
+{
+
+eGrowRegion::eGrowRegion() {}
+
+} // namespace KYR
