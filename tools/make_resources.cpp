@@ -19,6 +19,7 @@
 //   Weather/storm.raw          256 x 256 x 64 voxels of a storm cell (StormField.h)
 //   Weather/wind_uv.png        1024 x 512 wind picture of the whole Earth: u in red, v in
 //                              green (SyntheticWinds.h)
+//   Icons/CityIcon.png         32 x 32 city pictogram: a skyline on a white disc
 
 #if defined(__GNUC__)
 #pragma GCC diagnostic push
@@ -518,6 +519,43 @@ bool WriteStorm(fs::path const& path)
     return (bool)out;
 }
 
+// A city pictogram for annotations: a navy skyline of towers on a white disc with a thin
+// navy rim, clear outside the disc.
+Canvas CityIcon()
+{
+    int const size = 32;
+    double const c = size / 2.0;
+    RGBA const navy{20, 40, 90, 255};
+    Canvas icon(size, size);
+    Fill(icon, 0, 0, size, size, navy,
+         [&](double x, double y) { return std::hypot(x - c, y - c) <= 15.5; });
+    Fill(icon, 0, 0, size, size, RGBA{255, 255, 255, 255},
+         [&](double x, double y) { return std::hypot(x - c, y - c) <= 14.0; });
+    // Towers: left, right and top edges in pixels (y down); all stand on the ground line.
+    struct Tower
+    {
+        double x0, x1, top;
+    } const towers[] = {{6.0, 10.0, 16.0},
+                        {10.5, 14.5, 10.0},
+                        {15.0, 18.0, 6.0},
+                        {18.5, 22.5, 12.0},
+                        {23.0, 26.5, 17.0}};
+    double const ground = 24.0;
+    Fill(icon, 0, 0, size, size, navy,
+         [&](double x, double y)
+         {
+             if (std::hypot(x - c, y - c) > 14.0)
+                 return false;
+             if (y >= ground && y <= ground + 1.5 && x >= 5.0 && x <= 27.0)
+                 return true;
+             for (Tower const& t : towers)
+                 if (x >= t.x0 && x <= t.x1 && y >= t.top && y <= ground)
+                     return true;
+             return false;
+         });
+    return icon;
+}
+
 // ---------------------------------------------------------------------------------------------
 // Polar caps of the visual globe's height picture. The first and the last row of a picture
 // of the whole Earth each stand for one point, the pole, and the visual globe puts all its
@@ -778,5 +816,6 @@ int main(int argc, char** argv)
     }
     fs::path wind = fs::path(argv[1]) / Winds::kPicturePath;
     ok = Report(WriteWindPicture(wind), wind) && ok;
+    ok = Report(CityIcon().WritePNG(icons / "CityIcon.png"), icons / "CityIcon.png") && ok;
     return ok ? 0 : 1;
 }

@@ -110,7 +110,21 @@ unsigned __int64 eRenderEngine::GetFrameNumber() { return m_nFrameNumber; }
 
 eTexture* eRenderEngine::GetTexture(unsigned int id)
 {
-    return id == 0 ? GetDefaultTexture() : nullptr;
+    if (id == 0)
+        return GetDefaultTexture();
+    auto it = m_mapTextures.find(id);
+    if (it == m_mapTextures.end())
+        return nullptr;
+    it->second->CreateTexture();
+    return it->second;
+}
+
+void eRenderEngine::SetTexture(unsigned int key, eTexture* texture)
+{
+    if (texture)
+        m_mapTextures[key] = texture;
+    else
+        m_mapTextures.erase(key);
 }
 
 eTexture* eRenderEngine::GetDefaultTexture()

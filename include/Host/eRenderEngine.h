@@ -5,6 +5,7 @@
 #include "eRect.h"
 #include "eString.h"
 #include "eVector3.h"
+#include <map>
 #include <vector>
 
 namespace KYR
@@ -56,6 +57,8 @@ public:
     double GetRefResolution();
     eRect2D GetRenderBounds();
     unsigned __int64 GetFrameNumber();
+    // 0 gives the default texture; other keys the textures the application set (uploaded
+    // on the way out), or null.
     eTexture* GetTexture(unsigned int);
     eTexture* GetDefaultTexture();
     unsigned int GetCircleTexture();
@@ -78,6 +81,8 @@ public:
     // Places the sun for a date and a time of day (UTC hours).
     void SetSunTime(int year, int month, int day, double hourUtc);
     void AdvanceFrame() { ++m_nFrameNumber; }
+    // Files a texture under a key for GetTexture; not owned. Null removes the key.
+    void SetTexture(unsigned int key, eTexture* texture);
     // Drops GL objects the engine made (textures); call with the context current.
     void ReleaseResources();
 
@@ -87,6 +92,7 @@ private:
     eGlobeModel* m_pGlobeModel = nullptr;
     eRenderQueueVisitor* m_pVisitor = nullptr;
     eTexture* m_pDefaultTexture = nullptr;
+    std::map<unsigned int, eTexture*> m_mapTextures;
     unsigned int m_nCircleTexture = 0;
     unsigned int m_nPlotLineTexture = 0;
     eRenderTextureBuffer m_TextureBuffer;
