@@ -515,6 +515,169 @@ bool WriteStorm(fs::path const& path)
     return (bool)out;
 }
 
+// ---------------------------------------------------------------------------------------------
+// Polar caps of the visual globe's height picture. The first and the last row of a picture
+// of the whole Earth each stand for one point, the pole, and the visual globe puts all its
+// pole vertices on them; a row that varied would spread those vertices apart and turn their
+// triangles inside out. The top and bottom eight rows (one row of JPEG blocks, so that the
+// compression keeps them even) take the mean of their cap.
+// ---------------------------------------------------------------------------------------------
+
+std::vector<float> PolarCaps(std::vector<float> v, int w, int h)
+{
+    int const rows = std::min(8, h / 2);
+    for (int cap = 0; cap < 2; ++cap)
+    {
+        int first = cap == 0 ? 0 : h - rows;
+        double sum = 0.0;
+        for (int y = first; y < first + rows; ++y)
+            for (int x = 0; x < w; ++x)
+                sum += v[(size_t)y * w + x];
+        float mean = (float)(sum / ((double)rows * w));
+        for (int y = first; y < first + rows; ++y)
+            std::fill(v.begin() + (ptrdiff_t)y * w, v.begin() + (ptrdiff_t)(y + 1) * w, mean);
+    }
+    return v;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Water mask of the surface globe: white over the sea, black over land, read from the
+// elevation (the sea floor lies below step 40), with an edge a few steps soft.
+// ---------------------------------------------------------------------------------------------
+
+bool WriteWaterMask(fs::path const& path, std::vector<float> const& elevation, int w, int h)
+{
+    std::vector<unsigned char> grey(elevation.size());
+    for (size_t i = 0; i < elevation.size(); ++i)
+        grey[i] =
+            (unsigned char)std::lround(255.0 * std::clamp((40.0 - elevation[i]) / 6.0, 0.0, 1.0));
+    return stbi_write_png(path.string().c_str(), w, h, 1, grey.data(), w) != 0;
+}
+
+// ---------------------------------------------------------------------------------------------
+// A country as a mask picture: the land of Australia (with Tasmania), white on black, over
+// the rectangle 112 E to 154 E, 10.6 S to 44 S, read from the elevation with soft coasts.
+// ---------------------------------------------------------------------------------------------
+
+bool WriteAustraliaMask(fs::path const& path, std::vector<float> const& elevation, int w, int h)
+{
+    double const west = 112.0, east = 154.0, north = -10.6, south = -44.0;
+    int const outW = 512, outH = (int)std::lround(outW * (north - south) / (east - west));
+    std::vector<unsigned char> grey((size_t)outW * outH);
+    for (int y = 0; y < outH; ++y)
+        for (int x = 0; x < outW; ++x)
+        {
+            // Bilinear height at the pixel's centre; the elevation's pixel centres lie half a
+            // pixel in from its edges.
+            double lon = west + (east - west) * (x + 0.5) / outW;
+            double lat = north - (north - south) * (y + 0.5) / outH;
+            double fx = (lon + 180.0) / 360.0 * w - 0.5, fy = (90.0 - lat) / 180.0 * h - 0.5;
+            int x0 = (int)std::floor(fx), y0 = (int)std::floor(fy);
+            double tx = fx - x0, ty = fy - y0;
+            auto at = [&](int i, int j)
+            { return elevation[(size_t)std::clamp(j, 0, h - 1) * w + (size_t)((i + w) % w)]; };
+            double height = (1 - ty) * ((1 - tx) * at(x0, y0) + tx * at(x0 + 1, y0)) +
+                            ty * ((1 - tx) * at(x0, y0 + 1) + tx * at(x0 + 1, y0 + 1));
+            grey[(size_t)y * outW + x] =
+                (unsigned char)std::lround(255.0 * std::clamp((height - 37.0) / 6.0, 0.0, 1.0));
+        }
+    return stbi_write_png(path.string().c_str(), outW, outH, 1, grey.data(), outW) != 0;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Repeating ground textures for tiling (256 x 256): fractal noise that wraps at the picture's
+// edges, so that copies laid side by side join without a seam.
+// ---------------------------------------------------------------------------------------------
+
+int const kGroundSize = 256;
+
+// Fractal noise of `octaves` octaves from `period` cells across the picture, -1..1 roughly;
+// every octave wraps at the picture's edge. (x, y) in pixels.
+double GroundNoise(double x, double y, int period, int octaves, float seed, bool ridged = false)
+{
+    double sum = 0.0, amplitude = 0.5;
+    for (int o = 0; o < octaves && period <= 256; ++o, period *= 2, amplitude *= 0.5)
+    {
+        float fx = (float)(x * period / kGroundSize), fy = (float)(y * period / kGroundSize);
+        double n = stb_perlin_noise3_wrap_nonpow2(fx, fy, seed + o * 1.7f, period, period, 0,
+                                                  (unsigned char)(o * 31 + (int)seed));
+        if (ridged)
+            n = 1.0 - 2.0 * std::fabs(n);
+        sum += n * amplitude;
+    }
+    return sum;
+}
+
+RGBA Shade(RGBA c, double f)
+{
+    auto ch = [f](unsigned char v)
+    { return (unsigned char)std::clamp((int)std::lround(v * f), 0, 255); };
+    return {ch(c.r), ch(c.g), ch(c.b), 255};
+}
+
+RGBA MixColour(RGBA a, RGBA b, double t)
+{
+    t = std::clamp(t, 0.0, 1.0);
+    auto ch = [t](unsigned char p, unsigned char q)
+    { return (unsigned char)std::lround(p + (q - p) * t); };
+    return {ch(a.r, b.r), ch(a.g, b.g), ch(a.b, b.b), 255};
+}
+
+// One ground texture by name: "water", "sand", "grass", "rock" or "snow".
+Canvas GroundTexture(std::string const& kind)
+{
+    Canvas c(kGroundSize, kGroundSize);
+    for (int y = 0; y < kGroundSize; ++y)
+        for (int x = 0; x < kGroundSize; ++x)
+        {
+            RGBA p{0, 0, 0, 255};
+            if (kind == "water")
+            {
+                // Long swells with short ripples on them.
+                double swell = GroundNoise(x, y * 3.0, 2, 3, 1.0f);
+                double ripple = GroundNoise(x, y, 16, 2, 2.0f, true);
+                p = Shade(MixColour({18, 62, 120, 255}, {40, 105, 160, 255}, 0.5 + swell),
+                          0.9 + 0.15 * ripple);
+            }
+            else if (kind == "sand")
+            {
+                // Wind ripples across a fine grain, a whole number of them across the picture.
+                double ripple = std::sin((x + 6.0 * GroundNoise(x, y, 4, 2, 3.0f)) * 2.0 * kPi *
+                                         14.0 / kGroundSize);
+                double grain = GroundNoise(x, y, 64, 2, 4.0f);
+                p = Shade({222, 198, 142, 255}, 0.94 + 0.05 * ripple + 0.12 * grain);
+            }
+            else if (kind == "grass")
+            {
+                double patches = GroundNoise(x, y, 4, 3, 5.0f);
+                double blades = GroundNoise(x, y, 64, 2, 6.0f);
+                p = Shade(MixColour({58, 112, 38, 255}, {104, 140, 52, 255}, 0.5 + patches),
+                          0.85 + 0.3 * (blades * 0.5 + 0.5));
+            }
+            else if (kind == "rock")
+            {
+                // Cracks are the crests of ridged noise, turned dark.
+                double body = GroundNoise(x, y, 4, 5, 7.0f);
+                double crest = GroundNoise(x, y, 8, 1, 8.0f, true) * 2.0; // -1..1, 1 on crests
+                double fine = GroundNoise(x, y, 32, 2, 10.0f);
+                RGBA stone = MixColour({112, 104, 96, 255}, {158, 148, 134, 255}, 0.5 + body);
+                double crack = std::clamp((crest - 0.9) / 0.06, 0.0, 1.0);
+                p = Shade(stone, (0.95 + 0.3 * fine) * (1.0 - 0.5 * crack));
+            }
+            else // snow
+            {
+                double drifts = GroundNoise(x, y, 4, 4, 9.0f);
+                p = MixColour({206, 218, 236, 255}, {250, 251, 255, 255}, 0.6 + drifts);
+            }
+            unsigned char* o = &c.px[((size_t)y * kGroundSize + x) * 4];
+            o[0] = p.r;
+            o[1] = p.g;
+            o[2] = p.b;
+            o[3] = 255;
+        }
+    return c;
+}
+
 bool Report(bool ok, fs::path const& path)
 {
     if (!ok)
@@ -573,8 +736,8 @@ int main(int argc, char** argv)
     ok = Report(WriteGreyJPEG(icons / "elev_bump_4k.jpg", elevation, 1024, 512),
                 icons / "elev_bump_4k.jpg") &&
          ok;
-    ok = Report(WriteGreyJPEG(weather / "wgs84heightbump.jpg", HalveSize(elevation, 1024, 512), 512,
-                              256),
+    ok = Report(WriteGreyJPEG(weather / "wgs84heightbump.jpg",
+                              PolarCaps(HalveSize(elevation, 1024, 512), 512, 256), 512, 256),
                 weather / "wgs84heightbump.jpg") &&
          ok;
 
@@ -589,5 +752,18 @@ int main(int argc, char** argv)
     ok = Report(ScatterAtlas().WritePNG(icons / "ScatterPoint.png"), icons / "ScatterPoint.png") &&
          ok;
     ok = Report(WriteStorm(weather / "storm.raw"), weather / "storm.raw") && ok;
+    ok = Report(WriteWaterMask(icons / "water_mask.png", elevation, 1024, 512),
+                icons / "water_mask.png") &&
+         ok;
+    ok = Report(WriteAustraliaMask(icons / "australia_mask.png", elevation, 1024, 512),
+                icons / "australia_mask.png") &&
+         ok;
+    fs::path tiling = resources / "Tiling";
+    fs::create_directories(tiling, ec);
+    for (char const* kind : {"water", "sand", "grass", "rock", "snow"})
+    {
+        fs::path file = tiling / (std::string(kind) + ".png");
+        ok = Report(!ec && GroundTexture(kind).WritePNG(file), file) && ok;
+    }
     return ok ? 0 : 1;
 }
