@@ -96,9 +96,12 @@ TEST_F(EffectTest, DensityRingWrapsIntoSlotZeroAndRewritesOnlyIt)
     EXPECT_EQ(draws[1].count, 6);
     EXPECT_EQ(draws[0].mode, GL_TRIANGLES);
 
-    // A reset loses the markers: the pool must be sized again.
+    // A reset loses the markers: the pool must be sized again. Until then adding finds no
+    // slot to fill.
     set.Reset(nullptr);
     EXPECT_EQ(set.GetDensityPointCount(), 0);
+    set.AddDensityPoint(&a);
+    set.AddDensityPoint(&b);
     EXPECT_EQ(set.GetDensityPoint(0), nullptr);
 }
 
@@ -172,6 +175,13 @@ TEST_F(EffectTest, DensityCanvasModeBlendsAlphaSeparatelyAndRestores)
         "BlendEquationSeparate " + std::to_string(GL_FUNC_ADD) + " " + std::to_string(GL_FUNC_ADD),
         "BlendFuncSeparate 770 771 1 771", "glDrawArrays", "glBlendFunc 770 771"};
     EXPECT_EQ(blends(RecordFrame()), expect);
+
+    // Fully transparent: nothing is drawn, but the clock goes on.
+    set.SetTransparent(0.0f);
+    set.SetSpeedPerFrame(5.0f);
+    float before = set.GetCurTime();
+    EXPECT_TRUE(blends(RecordFrame()).empty());
+    EXPECT_EQ(set.GetCurTime(), before + 5.0f);
     m_scene->Remove(&set);
 }
 

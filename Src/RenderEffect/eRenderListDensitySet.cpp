@@ -114,9 +114,8 @@ void eRenderListDensitySet::CreateBuffers()
     if (m_pVertexData)
         return;
     m_pVertexData.Reset(CreateVertexBuffer());
-    if (!eDataSetFrame::CreateSlotBuffer(m_pVertexData,
-                                         (long long)m_nPoolSize * m_nVerticesPerPoint))
-        Eassert("buffer allocated", kSource, __LINE__);
+    // A buffer that cannot be allocated takes no write: the records stay not uploaded.
+    eDataSetFrame::CreateSlotBuffer(m_pVertexData, (long long)m_nPoolSize * m_nVerticesPerPoint);
 }
 
 void eRenderListDensitySet::DestroyBuffers()
@@ -151,12 +150,11 @@ void eRenderListDensitySet::PutCorners(unsigned char* record, int recordBytes, i
 void eRenderListDensitySet::SetPoolSize(int size)
 {
     if (size < 1)
-    {
         Eassert("size > 0", kSource, __LINE__);
-        size = 0;
-    }
+    // A size below 1 is kept as given; the pool then has no slots, and every slot index
+    // is outside it.
     m_nPoolSize = size;
-    m_arDensityPoints.assign((size_t)size, eShared<eDensityPoint>());
+    m_arDensityPoints.assign(size > 0 ? (size_t)size : 0, eShared<eDensityPoint>());
 }
 
 unsigned char eRenderListDensitySet::AddDensityPoint(eDensityPoint* point)
