@@ -3,6 +3,7 @@
 // whose triangles fill them exactly, and a boundary colour that shows inside its region.
 #include "CopyIdiom.h"
 #include "EffectFixture.h"
+#include "eGrowShape.h"
 #include "eHardwareBuffer.h"
 #include "eMesh.h"
 #include "eRenderLineGrowSet.h"
@@ -44,7 +45,7 @@ public:
     using eRenderGrowSet::m_pIndexData;
     using eRenderGrowSet::m_pVertexData;
 
-    std::vector<Vertex> Vertices(eGrowLine const* line)
+    std::vector<Vertex> Vertices(eGrowShape const* line) // where the set put the shape
     {
         std::vector<Vertex> v((size_t)line->m_nVertexCount);
         auto bytes = ReadBack(m_pVertexData.Get(), line->m_nFirstVertex * 32, (int)v.size() * 32);
@@ -67,7 +68,7 @@ public:
     using eRenderGrowSet::m_pIndexData;
     using eRenderGrowSet::m_pVertexData;
 
-    std::vector<unsigned int> Indices(eGrowRegion const* region)
+    std::vector<unsigned int> Indices(eGrowShape const* region)
     {
         std::vector<unsigned int> i((size_t)region->m_nIndexCount);
         auto bytes = ReadBack(m_pIndexData.Get(), region->m_nFirstIndex * 4, (int)i.size() * 4);

@@ -2,6 +2,7 @@
 // visibility picture, and what reaches the screen.
 #include "CopyIdiom.h"
 #include "EffectFixture.h"
+#include "eChoiceObject.h"
 #include "eHardwareBuffer.h"
 #include "eMathEngine.h"
 #include "eMesh.h"
@@ -189,9 +190,11 @@ TEST_F(EffectTest, ScatterPickSelectsTheNearestPointOnTheRay)
 
     // Both slot 3 (ground) and slot 4 (1000 km up) lie on the ray: the higher is nearer.
     EXPECT_TRUE(pick(eye, World(0, 0, 0), false));
-    ASSERT_EQ(set.GetChoicePoint().size(), 1u);
-    EXPECT_EQ(set.GetChoicePoint()[0].index, 4);
-    EXPECT_EQ(set.GetChoicePoint()[0].point.z, 1e6);
+    std::vector<eChoiceObject> const choices = set.GetChoicePoint();
+    ASSERT_EQ(choices.size(), 1u);
+    EXPECT_EQ(choices[0].index, 4);
+    EXPECT_EQ(choices[0].point.z, 1e6);
+    EXPECT_EQ(choices[0].point.id, 0) << "the choice type stands in the id";
     auto overlay = ScatterProbe::Read(set.m_pChoiceVertexData, 4);
     EXPECT_EQ(overlay.id, 0);
 

@@ -2,11 +2,11 @@
 #include "eCamera.h"
 #include "eCoordSys.h"
 #include "eMaterial.h"
+#include "eNormalisedRaster.h"
 #include "eRenderEngine.h"
 #include "eRenderQueue.h"
 #include "eTexture.h"
 #include <epoxy/gl.h>
-#include <new>
 
 namespace KYR
 {
@@ -15,56 +15,6 @@ namespace
 {
 
 int const kAlpha16F = 0x881C; // GL_ALPHA16F_ARB
-
-// (value - minimum) / (maximum - minimum) in double, stored as float; four pixels a round
-// and a scalar tail. No clamp: values outside the range leave 0..1.
-template <typename T>
-void Normalise(T const* src, float* dst, size_t count, double minimum, double maximum)
-{
-    double span = maximum - minimum;
-    size_t i = 0;
-    for (; i + 4 <= count; i += 4)
-    {
-        dst[i] = (float)(((double)src[i] - minimum) / span);
-        dst[i + 1] = (float)(((double)src[i + 1] - minimum) / span);
-        dst[i + 2] = (float)(((double)src[i + 2] - minimum) / span);
-        dst[i + 3] = (float)(((double)src[i + 3] - minimum) / span);
-    }
-    for (; i < count; ++i)
-        dst[i] = (float)(((double)src[i] - minimum) / span);
-}
-
-// The block's pixels as normalised floats in a new texture info; a format outside the four
-// leaves the info without format and pixels.
-eTextureInfo* NormalisedInfo(eRasterBlock const& block)
-{
-    eTextureInfo* info = new eTextureInfo();
-    info->m_bOwnData = 1;
-    info->m_nWidth = block.m_nWidth;
-    info->m_nHeight = block.m_nHeight;
-    int format = block.m_nPixelFormat;
-    bool known =
-        format == ePF_UBYTE || format == ePF_SHORT || format == ePF_USHORT || format == ePF_FLOAT;
-    if (!known || !block.m_pData || block.m_nWidth <= 0 || block.m_nHeight <= 0)
-        return info;
-    size_t count = (size_t)block.m_nWidth * (size_t)block.m_nHeight;
-    float* out = new (std::nothrow) float[count];
-    if (!out)
-        return info;
-    double lo = block.m_dMinimum, hi = block.m_dMaximum;
-    if (format == ePF_UBYTE)
-        Normalise(static_cast<unsigned char const*>(block.m_pData), out, count, lo, hi);
-    else if (format == ePF_SHORT)
-        Normalise(static_cast<short const*>(block.m_pData), out, count, lo, hi);
-    else if (format == ePF_USHORT)
-        Normalise(static_cast<unsigned short const*>(block.m_pData), out, count, lo, hi);
-    else
-        Normalise(static_cast<float const*>(block.m_pData), out, count, lo, hi);
-    info->m_nPixelFormat = ePF_FLOAT;
-    info->m_pData = out;
-    info->m_nSize = (int)(count * 4);
-    return info;
-}
 
 void SetClampLinear(eTexture* t)
 {
@@ -158,7 +108,7 @@ unsigned char eRenderHillShading::Create(eCamera*, double, eCanvas*)
     SetColorTable(&table);
     m_rcBounds = m_pRasterBlock->m_rcBounds;
 
-    eTextureInfo* info = NormalisedInfo(*m_pRasterBlock);
+    eTextureInfo* info = eNormalisedRaster::Create(*m_pRasterBlock);
     m_pTexture.Reset(); // a second Create replaces the raster texture (a copy may keep it)
     m_pTexture.Reset(new eTexture());
     m_pTexture->SetAutoRelease(1);
