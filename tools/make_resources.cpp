@@ -17,6 +17,8 @@
 //   Icons/ScatterPoint.png     1024 x 1024 icon atlas of 32 x 32 tiles, 32 pixels each;
 //                              tile 0 is the highlight icon given to selected points
 //   Weather/storm.raw          256 x 256 x 64 voxels of a storm cell (StormField.h)
+//   Weather/wind_uv.png        1024 x 512 wind picture of the whole Earth: u in red, v in
+//                              green (SyntheticWinds.h)
 
 #if defined(__GNUC__)
 #pragma GCC diagnostic push
@@ -39,6 +41,7 @@
 #endif
 
 #include "StormField.h"
+#include "SyntheticWinds.h"
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -678,6 +681,14 @@ Canvas GroundTexture(std::string const& kind)
     return c;
 }
 
+// The synthetic wind field of the wind scenes as a picture (layout in SyntheticWinds.h).
+bool WriteWindPicture(fs::path const& path)
+{
+    std::vector<unsigned char> px = Winds::Picture();
+    return stbi_write_png(path.string().c_str(), Winds::kPictureWidth, Winds::kPictureHeight, 4,
+                          px.data(), Winds::kPictureWidth * 4) != 0;
+}
+
 bool Report(bool ok, fs::path const& path)
 {
     if (!ok)
@@ -765,5 +776,7 @@ int main(int argc, char** argv)
         fs::path file = tiling / (std::string(kind) + ".png");
         ok = Report(!ec && GroundTexture(kind).WritePNG(file), file) && ok;
     }
+    fs::path wind = fs::path(argv[1]) / Winds::kPicturePath;
+    ok = Report(WriteWindPicture(wind), wind) && ok;
     return ok ? 0 : 1;
 }

@@ -170,6 +170,12 @@ void GLut::DeleteRenderBuffers(int n, unsigned int const* renderbuffers)
 
 void GLut::DrawBuffer(unsigned int buf)
 {
+    // The host draws into a frame buffer object, not a window: its back buffer is that
+    // object's first colour attachment.
+    GLint nFrameBuffer = 0;
+    glGetIntegerv(GL_DRAW_FRAMEBUFFER_BINDING, &nFrameBuffer);
+    if (nFrameBuffer != 0 && (buf == GL_BACK || buf == GL_BACK_LEFT))
+        buf = GL_COLOR_ATTACHMENT0;
     glDrawBuffer(buf);
 }
 

@@ -66,6 +66,7 @@ void eScene::Add(eRenderable* effect)
 {
     if (!effect)
         return;
+    ForgetStrategy(effect); // an effect added plainly is drawn as any other
     {
         std::lock_guard<std::mutex> lock(ScenesMutex());
         m_arEffects.push_back(effect);
@@ -77,6 +78,7 @@ void eScene::Add(eRenderable* effect)
 
 void eScene::Remove(eRenderable* effect)
 {
+    ForgetStrategy(effect);
     std::lock_guard<std::mutex> lock(ScenesMutex());
     m_arEffects.erase(std::remove(m_arEffects.begin(), m_arEffects.end(), effect),
                       m_arEffects.end());
@@ -212,8 +214,13 @@ void eScene::RenderFrame()
     for (eRenderable* effect : m_arEffects)
         if (effect->IsVisible())
             effect->UpdateRenderQueue(&m_Engine, &m_Camera, &m_Viewport, &m_Queue);
+    // Translucent solids wait until everything else is drawn: they are drawn together into
+    // their blending strategy's targets and composed over the finished frame, the overlays
+    // coming last over them.
+    TakeTranslucentEntries();
     for (auto& g : m_Queue.GetGroups()) // std::map: rising group number
         DrawGroup(*g.second);
+    DrawTranslucentSolids();
     for (auto const& e : m_Queue.GetOverlays())
         DrawEntry(e);
     glFinish();

@@ -7,6 +7,7 @@
 // made an effect only deletes it (after the scene, or before: an effect destroyed while in
 // a scene leaves it by itself and is not touched again).
 #pragma once
+#include "eBlendingStrategy.h"
 #include "eCamera.h"
 #include "eCoordSys.h"
 #include "eGlobeModel.h"
@@ -15,6 +16,7 @@
 #include "eRenderSystem.h"
 #include "eRenderable.h"
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace KYR
@@ -44,6 +46,9 @@ public:
 
     // Adds an effect (not owned): Create with camera and canvas, then Initialize.
     void Add(eRenderable* effect);
+    // Adds an effect whose translucent solids go through `strategy` (see
+    // DrawTranslucentSolids).
+    void Add(eRenderable* effect, eBlendingStrategy* strategy);
     // Takes the effect out without uninitialising it.
     void Remove(eRenderable* effect);
     // Takes a dying effect out of every scene (called by eRenderable's destructor).
@@ -69,6 +74,14 @@ private:
     int ProjectionKind();
     void DrawEntry(eRenderQueueEntry const& entry);
     void DrawGroup(eRenderQueueGroup& group);
+
+    // Order-independent transparency (eSceneTranslucent.cpp).
+    void TakeTranslucentEntries();
+    void DrawTranslucentSolids();
+    void ForgetStrategy(eRenderable* effect);
+    eBlendingStrategy* StrategyOf(eRenderable* effect) const;
+    std::vector<std::pair<eRenderable*, eBlendingStrategy*>> m_arStrategies;
+    std::vector<eRenderQueueEntry> m_arTranslucent; // this frame's, in queue order
 
     bool m_bReady = false;
     int m_nWidth, m_nHeight;

@@ -72,6 +72,7 @@ public:
         eRT_POLY = 0x8C7,
         eRT_DATASET_OBJECT = 0x8D0,
         eRT_LIGHT_POS = 0x8D1,
+        eRT_ISO_SURFACE_3D = 0x8D1, // shares its value with eRT_LIGHT_POS
     };
 
     eRenderable();

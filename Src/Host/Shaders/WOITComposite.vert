@@ -1,0 +1,9 @@
+#version 420 compatibility
+// The full-screen quad in clip space.
+
+in vec2 a_position;
+
+void main()
+{
+    gl_Position = vec4(a_position, 0.0, 1.0);
+}
