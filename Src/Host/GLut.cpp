@@ -5,6 +5,7 @@
 #include "eRecorder.h"
 
 #include <epoxy/gl.h>
+#include <initializer_list>
 
 namespace KYR
 {
@@ -27,6 +28,20 @@ void RecordUniform(char const* op, int location, float const* values, int count)
     r.uniform = Host::UniformNameAt((unsigned int)nProgram, location);
     for (int i = 0; i < count; ++i)
         r.values.push_back((double)values[i]);
+    rec.Add(r);
+}
+
+// Notes a change of the blend state when the recorder is on.
+void RecordBlend(char const* op, std::initializer_list<unsigned int> arguments)
+{
+    Host::eRecorder& rec = Host::eRecorder::Get();
+    if (!rec.IsOn())
+        return;
+    Host::eRecord r;
+    r.kind = Host::eRecord::Blend;
+    r.op = op;
+    for (unsigned int a : arguments)
+        r.values.push_back((double)a);
     rec.Add(r);
 }
 
@@ -181,12 +196,14 @@ void GLut::BlendEquation(unsigned int mode)
 
 void GLut::BlendEquationSeparate(unsigned int modeRGB, unsigned int modeAlpha)
 {
+    RecordBlend("BlendEquationSeparate", {modeRGB, modeAlpha});
     glBlendEquationSeparate(modeRGB, modeAlpha);
 }
 
 void GLut::BlendFuncSeparate(unsigned int sfactorRGB, unsigned int dfactorRGB,
                              unsigned int sfactorAlpha, unsigned int dfactorAlpha)
 {
+    RecordBlend("BlendFuncSeparate", {sfactorRGB, dfactorRGB, sfactorAlpha, dfactorAlpha});
     glBlendFuncSeparate(sfactorRGB, dfactorRGB, sfactorAlpha, dfactorAlpha);
 }
 

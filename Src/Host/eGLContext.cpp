@@ -33,8 +33,8 @@ namespace Host
 // libepoxy reaches every entry point through a global function pointer (epoxy_glXxx) that
 // starts out as a resolver stub and is overwritten with the real function on first use. The
 // pointers are shared by every module of the process, so replacing four of them here makes
-// the effect library's own glBindTexture / glDrawArrays / glDrawElements / glActiveTexture
-// calls pass through the trampolines below.
+// the effect library's own glBindTexture / glDrawArrays / glDrawElements / glActiveTexture /
+// glBlendFunc calls pass through the trampolines below.
 // ---------------------------------------------------------------------------------------------
 namespace
 {
@@ -43,11 +43,13 @@ typedef void(EPOXY_CALLSPEC* PfnBindTexture)(GLenum, GLuint);
 typedef void(EPOXY_CALLSPEC* PfnDrawArrays)(GLenum, GLint, GLsizei);
 typedef void(EPOXY_CALLSPEC* PfnDrawElements)(GLenum, GLsizei, GLenum, void const*);
 typedef void(EPOXY_CALLSPEC* PfnActiveTexture)(GLenum);
+typedef void(EPOXY_CALLSPEC* PfnBlendFunc)(GLenum, GLenum);
 
 PfnBindTexture s_pRealBindTexture = nullptr;
 PfnDrawArrays s_pRealDrawArrays = nullptr;
 PfnDrawElements s_pRealDrawElements = nullptr;
 PfnActiveTexture s_pRealActiveTexture = nullptr;
+PfnBlendFunc s_pRealBlendFunc = nullptr;
 bool s_bHooked = false;
 
 thread_local int t_nMute = 0;
@@ -118,6 +120,19 @@ void EPOXY_CALLSPEC HookActiveTexture(GLenum unit)
     s_pRealActiveTexture(unit);
 }
 
+void EPOXY_CALLSPEC HookBlendFunc(GLenum source, GLenum dest)
+{
+    if (Recording())
+    {
+        eRecord r;
+        r.kind = eRecord::Blend;
+        r.op = "glBlendFunc";
+        r.values = {(double)source, (double)dest};
+        eRecorder::Get().Add(r);
+    }
+    s_pRealBlendFunc(source, dest);
+}
+
 // Makes libepoxy resolve `slot` by calling through it once with harmless arguments, and
 // returns the real function. When the pointer was not rewritten by the call (a libepoxy that
 // dispatches differently), asks EGL for the entry point instead.
@@ -151,11 +166,17 @@ bool InstallHooks()
     s_pRealDrawElements =
         Resolve(epoxy_glDrawElements, "glDrawElements",
                 [] { epoxy_glDrawElements(GL_POINTS, 0, GL_UNSIGNED_INT, nullptr); });
+    GLint nSource = GL_ONE, nDest = GL_ZERO;
+    glGetIntegerv(GL_BLEND_SRC_RGB, &nSource);
+    glGetIntegerv(GL_BLEND_DST_RGB, &nDest);
+    s_pRealBlendFunc = Resolve(epoxy_glBlendFunc, "glBlendFunc",
+                               [&] { epoxy_glBlendFunc((GLenum)nSource, (GLenum)nDest); });
     while (glGetError() != GL_NO_ERROR)
     {
     }
 
-    if (!s_pRealBindTexture || !s_pRealActiveTexture || !s_pRealDrawArrays || !s_pRealDrawElements)
+    if (!s_pRealBindTexture || !s_pRealActiveTexture || !s_pRealDrawArrays ||
+        !s_pRealDrawElements || !s_pRealBlendFunc)
     {
         std::fprintf(stderr, "host: could not resolve OpenGL entry points for call recording\n");
         return false;
@@ -164,6 +185,7 @@ bool InstallHooks()
     epoxy_glActiveTexture = HookActiveTexture;
     epoxy_glDrawArrays = HookDrawArrays;
     epoxy_glDrawElements = HookDrawElements;
+    epoxy_glBlendFunc = HookBlendFunc;
     s_bHooked = true;
     return true;
 }
@@ -523,6 +545,7 @@ void eGLContext::ApplyHostDefaults()
 {
     if (!Get().IsReady())
         return;
+    eDirectCallMute mute; // the host's own state, not an effect's
     glEnable(GL_DEPTH_TEST);
     glDepthFunc(GL_LEQUAL);
     glDepthMask(GL_TRUE);

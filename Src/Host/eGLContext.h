@@ -74,7 +74,7 @@ private:
 void ApplyHostDefaults();
 
 // While one of these lives, the direct OpenGL calls that the host itself makes
-// (glBindTexture, glDrawArrays, glDrawElements, glActiveTexture) are not recorded, so
+// (glBindTexture, glDrawArrays, glDrawElements, glActiveTexture, glBlendFunc) are not recorded, so
 // that a host operation that records its own entry is not recorded twice. Nests.
 class eDirectCallMute
 {

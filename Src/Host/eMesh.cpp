@@ -57,7 +57,7 @@ eVertexElement& eVertexData::AddElement(eVertexElementType type, eVertexElementC
     e.m_nCount = (int)count;
     e.m_bNormalized = normalised;
     e.m_eIndex = index;
-    e.m_nOffset = GetVertexStride();
+    e.m_nOffset = ElementBytes();
     m_arElements.push_back(e);
     // The vertex count may be set before the layout: keep the store count * stride bytes.
     if (vertices > 0)
@@ -69,6 +69,12 @@ eVertexElement& eVertexData::AddElement(eVertexElementType type, eVertexElementC
 }
 
 int eVertexData::GetVertexStride() const
+{
+    int stride = ElementBytes();
+    return m_nRecordStride > stride ? m_nRecordStride : stride;
+}
+
+int eVertexData::ElementBytes() const
 {
     int stride = 0;
     for (eVertexElement const& e : m_arElements)

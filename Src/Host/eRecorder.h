@@ -25,6 +25,7 @@ struct eRecord
         EndPass,
         Queue,         // op: "AddRenderable", "AddSolidTextureRenderable", ...; group in first
         Assert,        // op: expression; uniform: file; first: line
+        Blend,         // op: "glBlendFunc", "BlendFuncSeparate", "BlendEquationSeparate"; values: arguments
         Other,
     };
     Kind kind = Other;

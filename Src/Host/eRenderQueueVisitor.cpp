@@ -57,7 +57,10 @@ void eRenderQueueVisitor::BeginPass(ePass* pass)
         glUseProgram(0);
 
     SetEnabled(GL_BLEND, pass->IsTransparent() != 0);
-    glBlendFunc((GLenum)pass->GetSourceBlendFactor(), (GLenum)pass->GetDestBlendFactor());
+    {
+        Host::eDirectCallMute mute; // the pass's state is the host's, not the effect's
+        glBlendFunc((GLenum)pass->GetSourceBlendFactor(), (GLenum)pass->GetDestBlendFactor());
+    }
 
     SetEnabled(GL_DEPTH_TEST, pass->GetDepthCheckEnabled() != 0);
     glDepthMask(pass->GetDepthWriteEnabled() ? GL_TRUE : GL_FALSE);

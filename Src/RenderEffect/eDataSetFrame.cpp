@@ -10,6 +10,7 @@
 #include "eMesh.h"
 #include "eProgram.h"
 #include "eRenderEngine.h"
+#include "eRenderObject.h"
 #include "eTexture.h"
 #include <atomic>
 #include <climits>
@@ -296,6 +297,17 @@ void eDataSetFrame::SetAnchorMatrix(eCamera* camera, eRenderProgram* program,
                                       (float)(anchor.z - c.z)) *
         local;
     program->GetProgram()->UniformMatrix4(program->GetUniform()->m_nWorldMatrix, 1, 0, world.Ptr());
+}
+
+void eDataSetFrame::SetReferenceCentre(eCamera* camera, eRenderProgram* program)
+{
+    eVector3T<double> c = camera ? camera->GetReferenceCenter() : eVector3T<double>();
+    eVector3T<float> high, low;
+    eRenderObject::DoubleToTwoFloat(c, high, low);
+    eProgram* p = program->GetProgram();
+    eShaderUniform* u = program->GetUniform();
+    p->Uniform3f(u->m_nCustom[eR_REF_HIGH], high.x, high.y, high.z);
+    p->Uniform3f(u->m_nCustom[eR_REF_LOW], low.x, low.y, low.z);
 }
 
 unsigned char eDataSetFrame::BindVertexData(eVertexData* data)

@@ -41,6 +41,14 @@ public:
         eR_OWN = 7,
     };
 
+    // The roles that programs of sets with two-float world positions add after the shared
+    // ones: the reference centre split as the positions are.
+    enum eWorldRole
+    {
+        eR_REF_HIGH = eR_OWN,
+        eR_REF_LOW = eR_OWN + 1,
+    };
+
     // Scene mode of the camera; the globe when there is none.
     static int SceneMode(eCamera* camera);
 
@@ -132,6 +140,11 @@ public:
     // World matrix T(anchor - reference centre) * local, the difference taken in double.
     static void SetAnchorMatrix(eCamera* camera, eRenderProgram* program,
                                 eVector4T<double> const& anchor, eMatrix4T<float> const& local);
+
+    // The camera's reference centre as high and low floats (eR_REF_HIGH, eR_REF_LOW), split
+    // as two-float positions are, so that a program subtracting high from high and low from
+    // low keeps the difference in full precision.
+    static void SetReferenceCentre(eCamera* camera, eRenderProgram* program);
 
     // Binds the hardware buffer of the store and points each element at it.
     static unsigned char BindVertexData(eVertexData* data);

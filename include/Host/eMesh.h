@@ -42,8 +42,14 @@ public:
     // Vertex count: taken from the processor store while it holds data, otherwise the
     // count last set, added or uploaded (so it survives emptying the store after Create).
     int GetVertexSize() const;
-    // Bytes per vertex: the sum over the elements of components * size of the type.
+    // Bytes per vertex: the sum over the elements of components * size of the type, or the
+    // record size set below when that is larger.
     int GetVertexStride() const;
+    // A record larger than its declared elements: the bytes after them are stored, uploaded
+    // and stepped over with the rest (programs read them by other means). 0 returns to the
+    // elements' own size; a size below it changes nothing. Elements added later still start
+    // where the declared ones end.
+    void SetVertexStride(int bytes) { m_nRecordStride = bytes > 0 ? bytes : 0; }
 
     std::vector<unsigned char>& GetVertexBuffer() { return m_arVertexBuffer; }
     std::vector<eVertexElement>& GetVertexElements() { return m_arElements; }
@@ -69,8 +75,12 @@ public:
     eHardwareVertexBuffer* DetachHardwareBuffer();
 
 protected:
+    // Bytes the declared elements span.
+    int ElementBytes() const;
+
     unsigned int m_nVertexType;
     int m_nVertexSize;
+    int m_nRecordStride = 0;
     std::vector<unsigned char> m_arVertexBuffer;
     std::vector<eVertexElement> m_arElements;
     eHardwareVertexBuffer* m_pHardwareBuffer;

@@ -1,0 +1,2 @@
+#version 330 compatibility
+#include "DensityMarker.glsl"
