@@ -1,13 +1,16 @@
 // Off-screen context: read-back orientation, resizing, PNG output, and the recording of the
 // OpenGL calls that code outside the host makes directly.
 #include "GLut.h"
+#include "eFile.h"
 #include "eGLContext.h"
 #include "eRecorder.h"
 
 #include <epoxy/gl.h>
 #include <gtest/gtest.h>
 
+#include "eTexture.h"
 #include <cstdio>
+#include <memory>
 #include <string>
 
 using namespace KYR;
@@ -83,6 +86,24 @@ TEST_F(GLCoreContext, SavePNGWritesAFileAndReportsABadPath)
     std::fclose(f);
     EXPECT_EQ(sig[1], 'P');
     EXPECT_EQ(sig[2], 'N');
+    std::remove(path.c_str());
+
+    // A frame whose alpha was left thin saves as the colour a screen shows, opaque.
+    glBindFramebuffer(GL_FRAMEBUFFER, eGLContext::Get().GetFrameBuffer());
+    glClearColor(0.8f, 0.4f, 0.2f, 0.1f);
+    glClear(GL_COLOR_BUFFER_BIT);
+    glClearColor(0.0f, 0.0f, 0.0f, 0.0f);
+    ASSERT_TRUE(eGLContext::Get().SavePNG(path));
+    eFileStream stream;
+    eByteArray bytes;
+    ASSERT_TRUE(stream.Open(path.c_str(), 2, 8192) && stream.LoadByteArray(bytes));
+    stream.Close();
+    std::unique_ptr<eImageData> image(eFileParserToolkit::LoadImageData(bytes, 32));
+    ASSERT_TRUE(image);
+    EXPECT_NEAR(image->m_pData[0], 204, 1);
+    EXPECT_NEAR(image->m_pData[1], 102, 1);
+    EXPECT_NEAR(image->m_pData[2], 51, 1);
+    EXPECT_EQ(image->m_pData[3], 255);
     std::remove(path.c_str());
 
     ::testing::internal::CaptureStderr();

@@ -527,8 +527,15 @@ bool eGLContext::SavePNG(std::string const& path) const
         std::fprintf(stderr, "host: cannot save \"%s\": no OpenGL context\n", path.c_str());
         return false;
     }
+    // The picture as a screen shows the frame: colour only. What effects leave in the
+    // frame's alpha (blends that thin it where markers pile up) is no transparency of the
+    // picture, and a viewer laying the file over a page would show the page through it.
     std::vector<unsigned char> pixels = ReadPixels();
-    if (!stbi_write_png(path.c_str(), m_nWidth, m_nHeight, 4, pixels.data(), m_nWidth * 4))
+    size_t const count = (size_t)m_nWidth * (size_t)m_nHeight;
+    for (size_t i = 0; i < count; ++i)
+        for (int c = 0; c < 3; ++c)
+            pixels[i * 3 + c] = pixels[i * 4 + c];
+    if (!stbi_write_png(path.c_str(), m_nWidth, m_nHeight, 3, pixels.data(), m_nWidth * 3))
     {
         std::fprintf(stderr, "host: cannot write PNG \"%s\"\n", path.c_str());
         return false;

@@ -127,6 +127,9 @@ bool Animate(KYR::Host::eScene& scene, Gallery::SceneDef const& def, Options con
     {
         scene.RenderFrame();
         std::vector<unsigned char> frame = scene.ReadPixels();
+        // Opaque, as the still picture: the frame's alpha is no transparency of the scene.
+        for (size_t i = 3; i < frame.size(); i += 4)
+            frame[i] = 255;
         if (f == 0)
             first = frame;
         if (!webp && frame == first)
