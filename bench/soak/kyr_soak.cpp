@@ -1,10 +1,12 @@
-// Long run of three pooled effects in one scene: a point trace set whose clock loops over
-// its traces, a scatter set with points rewritten and picked, and a cube set whose full
-// pool takes new prisms through its ring. Input is steady and every pool is fixed, so once
-// the pools are full the process must not grow. Prints the resident memory after the
-// warm-up and at the end and the slowest frame; exits 1 when memory grew.
-//   kyr-soak [FRAMES (100000)] [WIDTH (64)] [EFFECTS (tsc: traces, scatter, cubes)]
+// Long run of four pooled effects in one scene: a point trace set whose clock loops over
+// its traces, a scatter set with points rewritten and picked, a density ring and a cube set
+// whose full pools take new markers and prisms through their rings. Input is steady and every pool
+// is fixed, so once the pools are full the process must not grow. Prints the resident memory after
+// the warm-up and at the end and the slowest frame; exits 1 when memory grew.
+//   kyr-soak [FRAMES (100000)] [WIDTH (64)] [EFFECTS (tsdc: traces, scatter, density, cubes)]
 #include "eCubePoint.h"
+#include "eDensityPoint.h"
+#include "eRenderListDensitySet.h"
 #include "eRenderListCubeSet.h"
 #include "eRenderPointTraceSet.h"
 #include "eRenderScatterPointSet.h"
@@ -78,13 +80,25 @@ eCubePoint Prism(std::mt19937& rng)
     return p;
 }
 
+// A marker stamped at the set's clock, so that the ring always shows its newest.
+eDensityPoint Marker(std::mt19937& rng, float time)
+{
+    std::uniform_real_distribution<double> lon(-10.0, 30.0), lat(0.0, 40.0);
+    eDensityPoint p;
+    p.m_nSpatialRefType = 1;
+    p.m_Position = eVector4T<double>(lon(rng), lat(rng), 2e4, time);
+    p.m_fSize = 12.0f;
+    p.m_Color = eVector4T<unsigned char>(255, 170, 50, 40);
+    return p;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
     long const frames = argc > 1 ? std::atol(argv[1]) : 100000;
     int const size = argc > 2 ? std::atoi(argv[2]) : 64;
-    std::string const effects = argc > 3 ? argv[3] : "tsc";
+    std::string const effects = argc > 3 ? argv[3] : "tsdc";
     if (frames < 1 || size < 8)
     {
         std::fprintf(stderr, "usage: kyr-soak [FRAMES >= 1] [WIDTH >= 8]\n");
@@ -120,8 +134,22 @@ int main(int argc, char** argv)
         eCubePoint p = Prism(rng);
         cubes.AddCubePoint(&p);
     }
+    eRenderListDensitySet density;
+    density.SetPoolSize(5000);
+    density.SetTraceTime(500.0f);
+    density.SetCurTime(0.0f);
+    density.SetSpeedPerFrame(1.0f);
+    density.SetSpatialRefType(1);
+    density.SetPosition(anchor);
+    for (int i = 0; i < 5000; ++i)
+    {
+        eDensityPoint p = Marker(rng, 0.0f);
+        density.AddDensityPoint(&p);
+    }
     if (effects.find('t') != std::string::npos)
         scene.Add(&traces);
+    if (effects.find('d') != std::string::npos)
+        scene.Add(&density);
     if (effects.find('s') != std::string::npos)
         scene.Add(&scatter);
     if (effects.find('c') != std::string::npos)
@@ -134,6 +162,10 @@ int main(int argc, char** argv)
     {
         if (frame == kWarmUp)
             startBytes = ResidentBytes();
+        // Readings along the way tell a one-off step from steady growth.
+        if (frame > kWarmUp && (frame - kWarmUp) % (frames / 4 > 0 ? frames / 4 : 1) == 0)
+            std::printf("  frame %ld: resident %.1f MiB\n", frame - kWarmUp,
+                        ResidentBytes() / 1048576.0);
         auto const t0 = std::chrono::steady_clock::now();
         double const c0 = ThreadSeconds();
         // The trace clock runs through the traces and starts over.
@@ -146,6 +178,8 @@ int main(int argc, char** argv)
             scatter.UpDateScatterPoint((int)((frame * 10 + k) % 20000), p);
             eCubePoint c = Prism(rng);
             cubes.AddCubePoint(&c);
+            eDensityPoint d = Marker(rng, (float)frame);
+            density.AddDensityPoint(&d);
         }
         if (frame % 100 == 0)
         {
@@ -173,6 +207,7 @@ int main(int argc, char** argv)
     }
     long const endBytes = ResidentBytes();
     scene.Remove(&cubes);
+    scene.Remove(&density);
     scene.Remove(&scatter);
     scene.Remove(&traces);
 
