@@ -4,9 +4,14 @@
 
 #include <cctype>
 #include <cerrno>
+#include <csetjmp>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
+#include <string>
+
+#include <jpeglib.h>
 
 #if defined(__GNUC__)
 #pragma GCC diagnostic push
@@ -17,8 +22,9 @@
 #pragma GCC diagnostic ignored "-Wimplicit-fallthrough"
 #endif
 // Only the formats resources come in: every other decoder is code a hostile file could reach.
+// JPEG goes to libjpeg-turbo instead (below): this decoder's bit reader shifts by more than
+// the width of its buffer once a corrupt scan has run out of bits.
 #define STBI_ONLY_PNG
-#define STBI_ONLY_JPEG
 #define STBI_ONLY_BMP
 #define STBI_ONLY_PNM
 #define STB_IMAGE_IMPLEMENTATION
@@ -107,8 +113,8 @@ int const kMaxPictureSide = 16384;
 long long const kMaxPictureBytes = 256LL << 20;
 
 // Whether the Huffman tables of a JPEG hold at most 256 codes each, as the format allows;
-// the decoder writes past its tables for more. Walks the marker segments up to the end
-// of the data; fill bytes may stand before any marker, as the decoder allows.
+// a file with more is refused before decoding, with a message that says why. Walks the
+// marker segments up to the end of the data; fill bytes may stand before any marker.
 bool JpegTablesFit(unsigned char const* p, int size)
 {
     int i = 0;
@@ -190,6 +196,120 @@ bool PnmNumbersFit(unsigned char const* p, int size)
     return true;
 }
 
+// Refuses, with a message, sizes past the limits above (and sizes of nothing).
+bool PictureSizeFits(long long w, long long h)
+{
+    if (w > 0 && h > 0 && w <= kMaxPictureSide && h <= kMaxPictureSide &&
+        w * h * 4 <= kMaxPictureBytes)
+        return true;
+    std::fprintf(stderr,
+                 "eFileParserToolkit: refusing a %lld x %lld picture: more than %d pixels a "
+                 "side or %lld MiB decoded\n",
+                 w, h, kMaxPictureSide, kMaxPictureBytes >> 20);
+    return false;
+}
+
+// libjpeg reports a fatal error through error_exit, which must not return: it jumps back
+// to the decoding function with the library's message.
+struct JpegFailure
+{
+    jpeg_error_mgr m_Manager;
+    std::jmp_buf m_Jump;
+    char m_szMessage[JMSG_LENGTH_MAX];
+};
+
+[[noreturn]] void JpegExit(j_common_ptr info)
+{
+    JpegFailure* failure = reinterpret_cast<JpegFailure*>(info->err);
+    (*info->err->format_message)(info, failure->m_szMessage);
+    std::longjmp(failure->m_Jump, 1);
+}
+
+// Corrupt or truncated entropy data only warns: the decoder fills in what is missing and
+// goes on, as picture viewers do.
+void JpegWarning(j_common_ptr, int) {}
+
+// Each scan of a progressive picture is a pass over the whole coefficient store; real
+// encoders write about ten, and a forged file of thousands only burns time.
+int const kMaxJpegScans = 100;
+
+void JpegProgress(j_common_ptr info)
+{
+    j_decompress_ptr decompress = reinterpret_cast<j_decompress_ptr>(info);
+    if (decompress->input_scan_number <= kMaxJpegScans)
+        return;
+    JpegFailure* failure = reinterpret_cast<JpegFailure*>(info->err);
+    std::snprintf(failure->m_szMessage, sizeof failure->m_szMessage,
+                  "more than %d progressive scans", kMaxJpegScans);
+    std::longjmp(failure->m_Jump, 1);
+}
+
+// Decodes a JPEG to `channels` bytes a pixel (grey, RGB, or RGBA with opaque alpha) into a
+// buffer from malloc. Gives null when it cannot: `why` holds the reason, or stays empty
+// where the size was refused (already said).
+unsigned char* DecodeJpeg(unsigned char const* data, int size, int channels, int& w, int& h,
+                          std::string& why)
+{
+    jpeg_decompress_struct info;
+    JpegFailure failure;
+    jpeg_progress_mgr progress;
+    unsigned char* volatile pixels = nullptr;
+    failure.m_szMessage[0] = 0;
+    info.err = jpeg_std_error(&failure.m_Manager);
+    failure.m_Manager.error_exit = JpegExit;
+    failure.m_Manager.emit_message = JpegWarning;
+    if (setjmp(failure.m_Jump))
+    {
+        jpeg_destroy_decompress(&info);
+        std::free(pixels);
+        why = failure.m_szMessage;
+        return nullptr;
+    }
+    jpeg_create_decompress(&info);
+    // Anything the decoder would keep beyond this (whole-picture coefficient stores of a
+    // forged progressive file) fails instead of spilling to a backing store it lacks.
+    info.mem->max_memory_to_use = 512L << 20;
+    progress.progress_monitor = JpegProgress;
+    info.progress = &progress;
+    jpeg_mem_src(&info, data, (unsigned long)size);
+    jpeg_read_header(&info, TRUE);
+    if (!PictureSizeFits(info.image_width, info.image_height))
+    {
+        jpeg_destroy_decompress(&info);
+        return nullptr;
+    }
+    info.out_color_space = channels == 1 ? JCS_GRAYSCALE : channels == 3 ? JCS_RGB : JCS_EXT_RGBA;
+    jpeg_start_decompress(&info);
+    w = (int)info.output_width;
+    h = (int)info.output_height;
+    size_t const pitch = (size_t)w * (size_t)channels;
+    pixels = static_cast<unsigned char*>(std::malloc(pitch * (size_t)h));
+    if (!pixels || info.output_components != channels)
+    {
+        jpeg_destroy_decompress(&info);
+        std::free(pixels);
+        why = pixels ? "unexpected output components" : "out of memory";
+        return nullptr;
+    }
+    while (info.output_scanline < info.output_height)
+    {
+        JSAMPROW row = pixels + pitch * info.output_scanline;
+        if (jpeg_read_scanlines(&info, &row, 1) != 1)
+            break;
+    }
+    bool const complete = info.output_scanline == info.output_height;
+    if (complete)
+        jpeg_finish_decompress(&info);
+    jpeg_destroy_decompress(&info);
+    if (!complete)
+    {
+        std::free(pixels);
+        why = "the decoder stopped before the last row";
+        return nullptr;
+    }
+    return pixels;
+}
+
 } // namespace
 
 eImageData* eFileParserToolkit::LoadImageData(eByteArray const& bytes, int bitsPerPixel)
@@ -209,7 +329,7 @@ eImageData* eFileParserToolkit::LoadImageData(eByteArray const& bytes, int bitsP
     int w = 0, h = 0, fileChannels = 0;
     unsigned char const* data = bytes.GetData();
     int const size = bytes.GetSize();
-    // Checked before the header is read: reading it already builds the tables.
+    // A JPEG's tables are checked before anything of it is decoded.
     if (size >= 2 && data[0] == 0xFF && !JpegTablesFit(data, size))
     {
         std::fprintf(stderr, "eFileParserToolkit: image does not decode: a JPEG Huffman table "
@@ -229,45 +349,54 @@ eImageData* eFileParserToolkit::LoadImageData(eByteArray const& bytes, int bitsP
                              "is too long\n");
         return nullptr;
     }
-    if (!stbi_info_from_memory(data, size, &w, &h, &fileChannels))
+    unsigned char* pixels = nullptr;
+    if (size >= 2 && data[0] == 0xFF && data[1] == 0xD8)
     {
-        std::fprintf(stderr, "eFileParserToolkit: image does not decode: %s\n",
-                     stbi_failure_reason() ? stbi_failure_reason() : "unknown reason");
-        return nullptr;
+        std::string why;
+        pixels = DecodeJpeg(data, size, channels, w, h, why);
+        if (!pixels)
+        {
+            if (!why.empty())
+                std::fprintf(stderr, "eFileParserToolkit: image does not decode: %s\n",
+                             why.c_str());
+            return nullptr;
+        }
     }
-    if (w <= 0 || h <= 0 || w > kMaxPictureSide || h > kMaxPictureSide ||
-        (long long)w * h * 4 > kMaxPictureBytes)
+    else
     {
-        std::fprintf(stderr,
-                     "eFileParserToolkit: refusing a %d x %d picture: more than %d pixels a "
-                     "side or %lld MiB decoded\n",
-                     w, h, kMaxPictureSide, kMaxPictureBytes >> 20);
-        return nullptr;
+        if (!stbi_info_from_memory(data, size, &w, &h, &fileChannels))
+        {
+            std::fprintf(stderr, "eFileParserToolkit: image does not decode: %s\n",
+                         stbi_failure_reason() ? stbi_failure_reason() : "unknown reason");
+            return nullptr;
+        }
+        if (!PictureSizeFits(w, h))
+            return nullptr;
+        // The decoder mishandles 16-bit PNM samples when it changes the channel count.
+        if (pnm && stbi_is_16_bit_from_memory(data, size))
+        {
+            std::fprintf(stderr, "eFileParserToolkit: 16-bit PNM pictures are not supported\n");
+            return nullptr;
+        }
+        w = h = fileChannels = 0;
+        pixels = stbi_load_from_memory(data, size, &w, &h, &fileChannels, channels);
+        if (!pixels)
+        {
+            std::fprintf(stderr, "eFileParserToolkit: image does not decode: %s\n",
+                         stbi_failure_reason() ? stbi_failure_reason() : "unknown reason");
+            return nullptr;
+        }
     }
-    // The decoder mishandles 16-bit PNM samples when it changes the channel count.
-    if (pnm && stbi_is_16_bit_from_memory(data, size))
-    {
-        std::fprintf(stderr, "eFileParserToolkit: 16-bit PNM pictures are not supported\n");
-        return nullptr;
-    }
-    w = h = fileChannels = 0;
-    stbi_uc* pixels =
-        stbi_load_from_memory(bytes.GetData(), bytes.GetSize(), &w, &h, &fileChannels, channels);
-    if (!pixels)
-    {
-        std::fprintf(stderr, "eFileParserToolkit: image does not decode: %s\n",
-                     stbi_failure_reason() ? stbi_failure_reason() : "unknown reason");
-        return nullptr;
-    }
+    // Both decoders' buffers come from malloc.
     eImageData* image = new eImageData();
     if (!image->Allocate(w, h, bitsPerPixel))
     {
-        stbi_image_free(pixels);
+        std::free(pixels);
         delete image;
         return nullptr;
     }
     std::memcpy(image->m_pData, pixels, (size_t)w * (size_t)h * (size_t)channels);
-    stbi_image_free(pixels);
+    std::free(pixels);
     return image;
 }
 
