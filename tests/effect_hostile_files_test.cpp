@@ -77,11 +77,13 @@ TEST(HostileFiles, PicturesThatBrokeTheDecoderAreRefusedAndTheSeedsDecode)
         EXPECT_EQ(image, nullptr) << f;
         delete image;
     }
-    // A well-formed header of 12000 x 12000 pixels (550 MiB decoded) is refused before it is decoded.
+    // A well-formed header of 12000 x 12000 pixels (550 MiB decoded), then an empty data
+    // chunk, is refused before it is decoded.
     std::vector<unsigned char> const huge = {
-        0,   0x89, 'P', 'N',  'G',  13, 10, 26,   10,   0,   0,   0,    13,   'I',  'H', 'D',
-        'R', 0,    0,   0x2E, 0xE0, 0,  0,  0x2E, 0xE0, 8,   6,   0,    0,    0,    0,   0,
-        0,   0,    0,   0,    0,    0,  0,  'I',  'E',  'N', 'D', 0xAE, 0x42, 0x60, 0x82};
+        0,   0x89, 'P', 'N', 'G',  13,   10,  26,  10,   0,    0,    0,    13,  'I', 'H',
+        'D', 'R',  0,   0,   0x2E, 0xE0, 0,   0,   0x2E, 0xE0, 8,    6,    0,   0,   0,
+        0,   0,    0,   0,   0,    0,    0,   0,   'I',  'D',  'A',  'T',  0,   0,   0,
+        0,   0,    0,   0,   0,    'I',  'E', 'N', 'D',  0xAE, 0x42, 0x60, 0x82};
     EXPECT_EQ(Decode(huge), nullptr);
 
     std::vector<std::string> const good = FilesIn(kFuzz + "seeds/picture");

@@ -12,6 +12,7 @@
 #include <string>
 
 #include <jpeglib.h>
+#include <png.h>
 
 #if defined(__GNUC__)
 #pragma GCC diagnostic push
@@ -22,9 +23,9 @@
 #pragma GCC diagnostic ignored "-Wimplicit-fallthrough"
 #endif
 // Only the formats resources come in: every other decoder is code a hostile file could reach.
-// JPEG goes to libjpeg-turbo instead (below): this decoder's bit reader shifts by more than
-// the width of its buffer once a corrupt scan has run out of bits.
-#define STBI_ONLY_PNG
+// JPEG and PNG go to libjpeg-turbo and libpng instead (below): on corrupt files this
+// decoder's JPEG bit reader shifts past the width of its buffer, and its PNG reader copies
+// to a null buffer for an empty first data chunk.
 #define STBI_ONLY_BMP
 #define STBI_ONLY_PNM
 #define STB_IMAGE_IMPLEMENTATION
@@ -150,8 +151,8 @@ bool JpegTablesFit(unsigned char const* p, int size)
     return true;
 }
 
-// Whether every PNG chunk lies inside the data: the decoder sizes its buffer from the
-// lengths the chunks claim before it finds that the data ends.
+// Whether every PNG chunk lies inside the data; a file that claims more than it holds is
+// refused before decoding, with a message that says so.
 bool PngChunksFit(unsigned char const* p, int size)
 {
     long long i = 8; // after the signature
@@ -310,6 +311,126 @@ unsigned char* DecodeJpeg(unsigned char const* data, int size, int channels, int
     return pixels;
 }
 
+// libpng, like libjpeg, reports a fatal error through a handler that jumps back to the
+// decoding function; the message is kept for the caller.
+struct PngFailure
+{
+    char m_szMessage[256];
+};
+
+[[noreturn]] void PngError(png_structp png, png_const_charp message)
+{
+    PngFailure* failure = static_cast<PngFailure*>(png_get_error_ptr(png));
+    std::snprintf(failure->m_szMessage, sizeof failure->m_szMessage, "%s", message);
+    png_longjmp(png, 1);
+}
+
+void PngWarning(png_structp, png_const_charp) {}
+
+struct PngSource
+{
+    unsigned char const* m_pData;
+    size_t m_nSize;
+    size_t m_nAt;
+};
+
+void PngRead(png_structp png, png_bytep out, size_t length)
+{
+    PngSource* source = static_cast<PngSource*>(png_get_io_ptr(png));
+    if (length > source->m_nSize - source->m_nAt)
+        png_error(png, "the data ends inside a chunk");
+    std::memcpy(out, source->m_pData + source->m_nAt, length);
+    source->m_nAt += length;
+}
+
+// Turns rows of RGBA into `channels` bytes a pixel in place: 4 as they are, 3 without the
+// alpha, 1 as the luma (77 R + 150 G + 29 B) / 256, which keeps a grey picture's values.
+void RgbaToChannels(unsigned char* pixels, size_t count, int channels)
+{
+    if (channels == 4)
+        return;
+    unsigned char* out = pixels;
+    for (size_t i = 0; i < count; ++i)
+    {
+        unsigned char const* p = pixels + 4 * i;
+        if (channels == 3)
+        {
+            out[0] = p[0];
+            out[1] = p[1];
+            out[2] = p[2];
+            out += 3;
+        }
+        else
+            *out++ = (unsigned char)((p[0] * 77 + p[1] * 150 + p[2] * 29) >> 8);
+    }
+}
+
+// Decodes a PNG to `channels` bytes a pixel into a buffer from malloc: samples of 16 bits
+// keep their high byte, palettes and transparency keys are expanded, grey is repeated into
+// colour, and a missing alpha is opaque. Checksums are not enforced. Gives null when it
+// cannot: `why` holds the reason, or stays empty where the size was refused (already said).
+unsigned char* DecodePng(unsigned char const* data, int size, int channels, int& w, int& h,
+                         std::string& why)
+{
+    PngFailure failure;
+    failure.m_szMessage[0] = 0;
+    png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, &failure, PngError, PngWarning);
+    png_infop info = png ? png_create_info_struct(png) : nullptr;
+    if (!info)
+    {
+        png_destroy_read_struct(&png, nullptr, nullptr);
+        why = "out of memory";
+        return nullptr;
+    }
+    PngSource source = {data, (size_t)size, 0};
+    unsigned char* volatile pixels = nullptr;
+    png_bytep* volatile rows = nullptr;
+    if (setjmp(png_jmpbuf(png)))
+    {
+        png_destroy_read_struct(&png, &info, nullptr);
+        std::free(pixels);
+        std::free(rows);
+        why = failure.m_szMessage;
+        return nullptr;
+    }
+    png_set_read_fn(png, &source, PngRead);
+    png_set_crc_action(png, PNG_CRC_QUIET_USE, PNG_CRC_QUIET_USE);
+    png_set_user_limits(png, kMaxPictureSide, kMaxPictureSide);
+    png_read_info(png, info);
+    png_uint_32 const width = png_get_image_width(png, info);
+    png_uint_32 const height = png_get_image_height(png, info);
+    if (!PictureSizeFits(width, height))
+    {
+        png_destroy_read_struct(&png, &info, nullptr);
+        return nullptr;
+    }
+    png_set_strip_16(png);
+    png_set_packing(png);
+    png_set_expand(png);
+    if (!(png_get_color_type(png, info) & PNG_COLOR_MASK_COLOR))
+        png_set_gray_to_rgb(png);
+    png_set_add_alpha(png, 0xFF, PNG_FILLER_AFTER);
+    png_set_interlace_handling(png);
+    png_read_update_info(png, info);
+    size_t const pitch = (size_t)width * 4;
+    if (png_get_rowbytes(png, info) != pitch)
+        png_error(png, "unexpected row layout");
+    pixels = static_cast<unsigned char*>(std::malloc(pitch * height));
+    rows = static_cast<png_bytep*>(std::malloc(sizeof(png_bytep) * height));
+    if (!pixels || !rows)
+        png_error(png, "out of memory");
+    for (png_uint_32 y = 0; y < height; ++y)
+        rows[y] = pixels + pitch * y;
+    // What follows the last data chunk is not read: the picture is whole without it.
+    png_read_image(png, rows);
+    png_destroy_read_struct(&png, &info, nullptr);
+    std::free(rows);
+    w = (int)width;
+    h = (int)height;
+    RgbaToChannels(pixels, (size_t)width * height, channels);
+    return pixels;
+}
+
 } // namespace
 
 eImageData* eFileParserToolkit::LoadImageData(eByteArray const& bytes, int bitsPerPixel)
@@ -350,10 +471,12 @@ eImageData* eFileParserToolkit::LoadImageData(eByteArray const& bytes, int bitsP
         return nullptr;
     }
     unsigned char* pixels = nullptr;
-    if (size >= 2 && data[0] == 0xFF && data[1] == 0xD8)
+    bool const jpeg = size >= 2 && data[0] == 0xFF && data[1] == 0xD8;
+    if (jpeg || (size >= 8 && png_sig_cmp(data, 0, 8) == 0))
     {
         std::string why;
-        pixels = DecodeJpeg(data, size, channels, w, h, why);
+        pixels = jpeg ? DecodeJpeg(data, size, channels, w, h, why)
+                      : DecodePng(data, size, channels, w, h, why);
         if (!pixels)
         {
             if (!why.empty())
