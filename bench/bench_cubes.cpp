@@ -3,6 +3,7 @@
 // edits, and the processor time of one frame with nothing changed, which must not depend on
 // the number of prisms. Throughput is reported as bytes written per second and as a ratio
 // to a plain memcpy measured in the same process; the frame reports its heap allocations.
+#include "BenchClock.h"
 #include "AllocCounter.h"
 #include "eRenderListCubeSet.h"
 #include "eScene.h"
@@ -65,35 +66,6 @@ std::unique_ptr<BenchCubeSet> MakeSet(int count)
     set->Create(&scene.Camera(), 0.0, &scene.Canvas());
     set->Initialize(&scene.Engine());
     return set;
-}
-
-// Processor time of this thread: the machine is shared, and wall time counts the waits.
-double ThreadSeconds()
-{
-    timespec t;
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
-    return t.tv_sec + t.tv_nsec * 1e-9;
-}
-
-// Bytes per second of a 64 MiB memcpy, the best of eight, measured once in this process.
-double MemcpyBytesPerSecond()
-{
-    static double s_dRate = 0.0;
-    if (s_dRate > 0.0)
-        return s_dRate;
-    size_t const bytes = (size_t)64 << 20;
-    std::vector<char> src(bytes, 1), dst(bytes, 0);
-    double best = 1e30;
-    for (int i = 0; i < 8; ++i)
-    {
-        double t0 = ThreadSeconds();
-        std::memcpy(dst.data(), src.data(), bytes);
-        benchmark::DoNotOptimize(dst.data());
-        double s = ThreadSeconds() - t0;
-        best = s < best ? s : best;
-    }
-    s_dRate = bytes / best;
-    return s_dRate;
 }
 
 void ReportBytes(benchmark::State& state, double bytes, double seconds)

@@ -6,6 +6,7 @@
 // set's own work with the driver's draw call stepped over, and the whole Render. The ring
 // reports the bytes written per second into its slots as a ratio to a plain memcpy
 // measured in the same process.
+#include "BenchClock.h"
 #include "AllocCounter.h"
 #include "eRenderListDensitySet.h"
 #include "eRenderPointCycleSet.h"
@@ -21,34 +22,6 @@
 
 namespace
 {
-
-double ThreadSeconds()
-{
-    timespec t;
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
-    return t.tv_sec + t.tv_nsec * 1e-9;
-}
-
-// Bytes per second of a 64 MiB memcpy, the best of eight, measured once in this process.
-double MemcpyBytesPerSecond()
-{
-    static double s_dRate = 0.0;
-    if (s_dRate > 0.0)
-        return s_dRate;
-    size_t const bytes = (size_t)64 << 20;
-    std::vector<char> src(bytes, 1), dst(bytes, 0);
-    double best = 1e30;
-    for (int i = 0; i < 8; ++i)
-    {
-        double t0 = ThreadSeconds();
-        std::memcpy(dst.data(), src.data(), bytes);
-        benchmark::DoNotOptimize(dst.data());
-        double s = ThreadSeconds() - t0;
-        best = s < best ? s : best;
-    }
-    s_dRate = bytes / best;
-    return s_dRate;
-}
 
 // Times its own Render inside the host's frame; with m_bSkipDraw the driver's draw call
 // returns at once, leaving the set's own work.

@@ -3,6 +3,7 @@
 // (processor time per frame, points per second, and the bytes the points are read from as a
 // ratio to a plain memcpy measured in the same process), and the processor time of a whole
 // frame, cells and digits handed to the driver, with the driver's draws stubbed out or real.
+#include "BenchClock.h"
 #include "AllocCounter.h"
 #include "eCoordSys.h"
 #include "eRenderPointGridSet.h"
@@ -36,35 +37,6 @@ KYR::Host::eScene& Scene(int view)
     static KYR::Host::eScene s_scene(1024, 768);
     s_scene.Camera().LookAt(kViewLon, kViewLat, kViews[view], 0.0, 0.0);
     return s_scene;
-}
-
-// Processor time of this thread: the machine is shared, and wall time counts the waits.
-double ThreadSeconds()
-{
-    timespec t;
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
-    return t.tv_sec + t.tv_nsec * 1e-9;
-}
-
-// Bytes per second of a 64 MiB memcpy, the best of eight, measured once in this process.
-double MemcpyBytesPerSecond()
-{
-    static double s_dRate = 0.0;
-    if (s_dRate > 0.0)
-        return s_dRate;
-    size_t const bytes = (size_t)64 << 20;
-    std::vector<char> src(bytes, 1), dst(bytes, 0);
-    double best = 1e30;
-    for (int i = 0; i < 8; ++i)
-    {
-        double t0 = ThreadSeconds();
-        std::memcpy(dst.data(), src.data(), bytes);
-        benchmark::DoNotOptimize(dst.data());
-        double s = ThreadSeconds() - t0;
-        best = s < best ? s : best;
-    }
-    s_dRate = bytes / best;
-    return s_dRate;
 }
 
 // People around 300 centres with heavy-tailed sizes, each spread normally over 15 to 75 km,

@@ -4,6 +4,7 @@
 // Reported: the processor time of the drain alone and of the whole frame with the draw calls
 // handed over but not executed, the bytes the drain writes per frame, and those bytes per
 // second as a ratio to a plain memcpy measured in the same process.
+#include "BenchClock.h"
 #include "AllocCounter.h"
 #include "eRenderLineGrowSet.h"
 #include "eScene.h"
@@ -26,34 +27,6 @@ KYR::Host::eScene& Scene()
     static KYR::Host::eScene s_scene(256, 256);
     s_scene.Camera().LookAt(10.0, 20.0, 8.0e6, 0.0, 30.0);
     return s_scene;
-}
-
-double ThreadSeconds()
-{
-    timespec t;
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
-    return t.tv_sec + t.tv_nsec * 1e-9;
-}
-
-// Bytes per second of a 64 MiB memcpy, the best of eight, measured once in this process.
-double MemcpyBytesPerSecond()
-{
-    static double s_dRate = 0.0;
-    if (s_dRate > 0.0)
-        return s_dRate;
-    size_t const bytes = (size_t)64 << 20;
-    std::vector<char> src(bytes, 1), dst(bytes, 0);
-    double best = 1e30;
-    for (int i = 0; i < 8; ++i)
-    {
-        double t0 = ThreadSeconds();
-        std::memcpy(dst.data(), src.data(), bytes);
-        benchmark::DoNotOptimize(dst.data());
-        double s = ThreadSeconds() - t0;
-        best = s < best ? s : best;
-    }
-    s_dRate = bytes / best;
-    return s_dRate;
 }
 
 // The set, made once: 10,000 lines of 100 points over 40 by 40 degrees.

@@ -2,6 +2,7 @@
 // geographic coordinates on the globe, 200 positions each, windows of about 48 positions.
 // Reports nanoseconds per position written, the bytes written per second as a ratio to a
 // plain memcpy measured in the same process, and the heap allocations per frame.
+#include "BenchClock.h"
 #include "AllocCounter.h"
 #include "eRenderListLineTraceSet.h"
 #include "eRenderPointTraceSet.h"
@@ -97,36 +98,6 @@ Fixture& Get(unsigned char geometry)
     for (int i = 0; i < 10; ++i)
         f.scene->RenderFrame();
     return f;
-}
-
-// Processor time of this thread, as the benchmarks report theirs: the machine may be
-// shared, and wall time then counts the waits for a core.
-double ThreadSeconds()
-{
-    timespec t;
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
-    return t.tv_sec + t.tv_nsec * 1e-9;
-}
-
-// Bytes per second of a 64 MiB memcpy, measured once in this process.
-double MemcpyBytesPerSecond()
-{
-    static double s_dRate = 0.0;
-    if (s_dRate > 0.0)
-        return s_dRate;
-    size_t const bytes = (size_t)64 << 20;
-    std::vector<char> src(bytes, 1), dst(bytes, 0);
-    double best = 1e30;
-    for (int i = 0; i < 8; ++i)
-    {
-        double t0 = ThreadSeconds();
-        std::memcpy(dst.data(), src.data(), bytes);
-        benchmark::DoNotOptimize(dst.data());
-        double s = ThreadSeconds() - t0;
-        best = s < best ? s : best;
-    }
-    s_dRate = bytes / best;
-    return s_dRate;
 }
 
 // The same for a list line trace set; its lines are what the pool slots hold.

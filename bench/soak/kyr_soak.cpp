@@ -4,6 +4,7 @@
 // is fixed, so once the pools are full the process must not grow. Prints the resident memory after
 // the warm-up and at the end and the slowest frame; exits 1 when memory grew.
 //   kyr-soak [FRAMES (100000)] [WIDTH (64)] [EFFECTS (tsdc: traces, scatter, density, cubes)]
+#include "../BenchClock.h"
 #include "eCubePoint.h"
 #include "eDensityPoint.h"
 #include "eRenderListDensitySet.h"
@@ -38,13 +39,6 @@ long ResidentBytes()
     int n = std::fscanf(f, "%ld %ld", &pages, &resident);
     std::fclose(f);
     return n == 2 ? resident * sysconf(_SC_PAGESIZE) : -1;
-}
-
-double ThreadSeconds()
-{
-    timespec t;
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
-    return t.tv_sec + t.tv_nsec * 1e-9;
 }
 
 void FillTraces(eRenderPointTraceSet& set, std::mt19937& rng)
