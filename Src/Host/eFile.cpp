@@ -113,62 +113,6 @@ namespace
 int const kMaxPictureSide = 16384;
 long long const kMaxPictureBytes = 256LL << 20;
 
-// Whether the Huffman tables of a JPEG hold at most 256 codes each, as the format allows;
-// a file with more is refused before decoding, with a message that says why. Walks the
-// marker segments up to the end of the data; fill bytes may stand before any marker.
-bool JpegTablesFit(unsigned char const* p, int size)
-{
-    int i = 0;
-    while (i + 4 <= size)
-    {
-        if (p[i] != 0xFF)
-        {
-            ++i; // entropy-coded data between markers
-            continue;
-        }
-        unsigned char const marker = p[i + 1];
-        if (marker == 0xFF || marker == 0x00 || marker == 0x01 ||
-            (marker >= 0xD0 && marker <= 0xD9))
-        {
-            i += marker == 0xFF ? 1 : 2; // fill byte, stuffed zero or a marker without length
-            continue;
-        }
-        int const length = (p[i + 2] << 8) | p[i + 3];
-        // Tables (class and id, 16 counts, the symbols) follow one another for the length
-        // the segment gives; the decoder reads on past the data as zeros.
-        if (marker == 0xC4)
-            for (int t = i + 4; t < i + 2 + length;)
-            {
-                int codes = 0;
-                for (int k = 1; k <= 16; ++k)
-                    codes += t + k < size ? p[t + k] : 0;
-                if (codes > 256)
-                    return false;
-                t += 17 + codes;
-            }
-        i += 2 + length;
-    }
-    return true;
-}
-
-// Whether every PNG chunk lies inside the data; a file that claims more than it holds is
-// refused before decoding, with a message that says so.
-bool PngChunksFit(unsigned char const* p, int size)
-{
-    long long i = 8; // after the signature
-    while (i + 8 <= size)
-    {
-        long long const length =
-            ((long long)p[i] << 24) | (p[i + 1] << 16) | (p[i + 2] << 8) | p[i + 3];
-        if (length > size - i - 12)
-            return false;
-        if (std::memcmp(p + i + 4, "IEND", 4) == 0)
-            break;
-        i += 12 + length;
-    }
-    return true;
-}
-
 // Whether the three numbers of a PNM header (width, height, largest sample) have at most
 // nine digits each; the decoder's reading of longer ones overflows.
 bool PnmNumbersFit(unsigned char const* p, int size)
@@ -450,19 +394,6 @@ eImageData* eFileParserToolkit::LoadImageData(eByteArray const& bytes, int bitsP
     int w = 0, h = 0, fileChannels = 0;
     unsigned char const* data = bytes.GetData();
     int const size = bytes.GetSize();
-    // A JPEG's tables are checked before anything of it is decoded.
-    if (size >= 2 && data[0] == 0xFF && !JpegTablesFit(data, size))
-    {
-        std::fprintf(stderr, "eFileParserToolkit: image does not decode: a JPEG Huffman table "
-                             "holds more than 256 codes\n");
-        return nullptr;
-    }
-    if (size >= 8 && std::memcmp(data, "\x89PNG", 4) == 0 && !PngChunksFit(data, size))
-    {
-        std::fprintf(stderr, "eFileParserToolkit: image does not decode: a PNG chunk runs "
-                             "past the end of the data\n");
-        return nullptr;
-    }
     bool const pnm = size >= 2 && data[0] == 'P' && (data[1] == '5' || data[1] == '6');
     if (pnm && !PnmNumbersFit(data, size))
     {
